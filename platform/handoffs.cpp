@@ -1,0 +1,186 @@
+#include "platform/handoffs.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/errors.h"
+
+namespace System {
+namespace {
+
+std::atomic<std::thread::id> MainThreadId{std::this_thread::get_id()};
+
+}  // namespace
+
+bool IsMainThread() noexcept {
+  return MainThreadId.load(std::memory_order_relaxed) == std::this_thread::get_id();
+}
+
+void AdoptMainThread() noexcept {
+  THandOffQueue::Instance().SetMainThread(nullptr);
+  MainThreadId.store(std::this_thread::get_id(), std::memory_order_relaxed);
+}
+
+THandOffQueue& THandOffQueue::Instance() noexcept {
+  static THandOffQueue Queue;
+  return Queue;
+}
+
+bool THandOffQueue::Send(THandOffGate* AGate, const std::function<void()>& ABody) {
+  THandOff HandOff{ABody, AGate, &Runtime().Current()};
+  std::function<void()> Hook;
+  {
+    const std::lock_guard Guard(FLock);
+    if (AGate && !AGate->IsOpen()) return false;
+    FWaiting.push_back(&HandOff);
+    if (FMain) Runtime().Unpark(*FMain);
+    Hook = FHook;
+  }
+  if (Hook) Hook();
+  BlockUntil(NoDeadline, "the main thread to serve its hand-off", [&] {
+    const std::lock_guard Guard(FLock);
+    return HandOff.State >= THandOff::TState::Done;
+  });
+  return HandOff.State == THandOff::TState::Done;
+}
+
+bool THandOffQueue::ServeOne() {
+  THandOff* HandOff = nullptr;
+  {
+    const std::lock_guard Guard(FLock);
+    if (FWaiting.empty()) return false;
+    HandOff = FWaiting.front();
+    FWaiting.pop_front();
+    HandOff->State = THandOff::TState::Running;
+  }
+  Perform(*HandOff);
+  return true;
+}
+
+void THandOffQueue::Perform(THandOff& AHandOff) noexcept {
+  THandOffGate* const Gate = AHandOff.Gate;
+  if (Gate) Gate->Enter();
+  try {
+    AHandOff.Body();
+  } catch (...) {
+    const std::lock_guard Guard(FLock);
+    if (!FError) FError = std::current_exception();
+  }
+  Finish(AHandOff, THandOff::TState::Done);
+  if (Gate) Gate->Leave();
+}
+
+bool THandOffQueue::RunHere(THandOffGate* AGate, const std::function<void()>& ABody) {
+  if (!AGate) {
+    ABody();
+    return true;
+  }
+  if (!AGate->IsOpen()) return false;
+  AGate->Run(ABody);
+  return true;
+}
+
+void THandOffQueue::Finish(THandOff& AHandOff, THandOff::TState AState) {
+  const std::lock_guard Guard(FLock);
+  TThreadRecord& Sender = *AHandOff.Sender;
+  AHandOff.State = AState;  // from here on the hand-off may be gone
+  Runtime().Unpark(Sender);
+}
+
+bool THandOffQueue::IsEmpty() const {
+  const std::lock_guard Guard(FLock);
+  return FWaiting.empty();
+}
+
+void THandOffQueue::Drop(THandOffGate& AGate) {
+  const std::lock_guard Guard(FLock);
+  const auto Dropped =
+      std::stable_partition(FWaiting.begin(), FWaiting.end(),
+                            [&AGate](const THandOff* AWaiting) { return AWaiting->Gate != &AGate; });
+  for (auto I = Dropped; I != FWaiting.end(); ++I) {
+    TThreadRecord& Sender = *(*I)->Sender;
+    (*I)->State = THandOff::TState::Dropped;
+    Runtime().Unpark(Sender);
+  }
+  FWaiting.erase(Dropped, FWaiting.end());
+}
+
+std::exception_ptr THandOffQueue::TakeError() noexcept {
+  const std::lock_guard Guard(FLock);
+  return std::exchange(FError, nullptr);
+}
+
+void THandOffQueue::SetMainThread(TThreadRecord* AThread) {
+  const std::lock_guard Guard(FLock);
+  FMain = AThread;
+}
+
+void THandOffQueue::SetHook(std::function<void()> AHook) {
+  const std::lock_guard Guard(FLock);
+  FHook = std::move(AHook);
+}
+
+std::size_t THandOffQueue::GetWaitingCount() const {
+  const std::lock_guard Guard(FLock);
+  return FWaiting.size();
+}
+
+bool BlockUntil(TTicks ADeadline, const char* AWaitsFor, const std::function<bool()>& AIsReady) {
+  IRuntime& InUse = Runtime();
+  const bool OnMain = IsMainThread();
+  THandOffQueue& Queue = THandOffQueue::Instance();
+  if (OnMain) Queue.SetMainThread(&InUse.Current());
+  while (!AIsReady()) {
+    if (OnMain && Queue.ServeOne()) continue;
+    if (InUse.Ticks() >= ADeadline) return false;
+    InUse.Park(ADeadline, AWaitsFor);
+  }
+  return true;
+}
+
+bool ServeHandOffs(std::int64_t AMilliseconds) {
+  if (!IsMainThread()) FatalError("ServeHandOffs was called outside the main thread");
+  THandOffQueue& Queue = THandOffQueue::Instance();
+  bool Served = false;
+  BlockUntil(After(Ticks(), AMilliseconds * TicksPerMillisecond), "hand-offs to serve", [&] {
+    if (!Served) Served = Queue.ServeOne();
+    return Served;
+  });
+  while (Queue.ServeOne()) Served = true;
+  if (const std::exception_ptr Error = Queue.TakeError()) std::rethrow_exception(Error);
+  return Served;
+}
+
+void SetHandOffHook(std::function<void()> AHook) {
+  THandOffQueue::Instance().SetHook(std::move(AHook));
+}
+
+THandOffGate::~THandOffGate() {
+  if (IsInHandler())
+    FatalError("a component was destroyed inside one of its own event handlers; "
+               "destroy it after the handler has returned");
+  Close();
+}
+
+void THandOffGate::Open() { FIsOpen.store(true, std::memory_order_release); }
+
+void THandOffGate::Close() {
+  FIsOpen.store(false, std::memory_order_release);
+  THandOffQueue::Instance().Drop(*this);
+}
+
+void THandOffGate::Run(const std::function<void()>& ABody) {
+  struct TInside {
+    THandOffGate& Gate;
+    explicit TInside(THandOffGate& AGate) : Gate(AGate) { Gate.Enter(); }
+    ~TInside() { Gate.Leave(); }
+  };
+  const TInside Inside(*this);
+  ABody();
+}
+
+void THandOffGate::Leave() {
+  if (--FDepth == 0 && FAfterHandler) FAfterHandler();
+}
+
+}  // namespace System
