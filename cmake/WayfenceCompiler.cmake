@@ -33,7 +33,7 @@ function(wayfence_compile_options target)
       -fsanitize=${WAYFENCE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(${target} PRIVATE -fsanitize=${WAYFENCE_SANITIZE})
   endif()
-  if(WAYFENCE_FUZZ)
+  if(WAYFENCE_FUZZ AND WAYFENCE_SANITIZE)
     # The coverage that guides the fuzzer; the fuzz targets alone bring its main function.
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
