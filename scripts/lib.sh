@@ -8,10 +8,11 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # How many jobs to run at a time; JOBS in the environment overrides it.
 jobs=${JOBS:-$(nproc)}
 
-# What every build of the library, the program and the tests needs.
+# What every build needs: the presets hold the library, the program and the tests.
 build_packages=(g++ cmake ninja-build pkg-config ccache libfmt-dev nlohmann-json3-dev
-  libcli11-dev libpcap-dev libsystemd-dev)
-test_packages=(libgtest-dev dbus gzip)
+  libcli11-dev libpcap-dev libsystemd-dev libgtest-dev)
+# What the tests run.
+test_packages=(dbus gzip)
 clang_packages=(clang libclang-rt-14-dev)
 
 # say WORD...: a message for the person who runs the script.
@@ -60,8 +61,8 @@ need_packages() {
     as_root apt-get -qq update
     export WAYFENCE_APT_UPDATED=yes
   fi
-  as_root env DEBIAN_FRONTEND=noninteractive \
-    apt-get -qq -y install --no-install-recommends "${missing[@]}" >/dev/null
+  as_root env DEBIAN_FRONTEND=noninteractive DEBCONF_NOWARNINGS=yes \
+    apt-get -qq -y -o Dpkg::Use-Pty=0 install --no-install-recommends "${missing[@]}" >/dev/null
 }
 
 # configure PRESET [CMAKE-OPTION...]: shows what was left out, and everything when it fails.
