@@ -60,14 +60,18 @@ bool THandOffQueue::ServeOne() {
 void THandOffQueue::Perform(THandOff& AHandOff) noexcept {
   THandOffGate* const Gate = AHandOff.Gate;
   if (Gate) Gate->Enter();
+  KeepError(AHandOff.Body);
+  Finish(AHandOff, THandOff::TState::Done);
+  if (Gate) KeepError([Gate] { Gate->Leave(); });
+}
+
+void THandOffQueue::KeepError(const std::function<void()>& ABody) noexcept {
   try {
-    AHandOff.Body();
+    ABody();
   } catch (...) {
     const std::lock_guard Guard(FLock);
     if (!FError) FError = std::current_exception();
   }
-  Finish(AHandOff, THandOff::TState::Done);
-  if (Gate) Gate->Leave();
 }
 
 bool THandOffQueue::RunHere(THandOffGate* AGate, const std::function<void()>& ABody) {
@@ -170,13 +174,14 @@ void THandOffGate::Close() {
 }
 
 void THandOffGate::Run(const std::function<void()>& ABody) {
-  struct TInside {
-    THandOffGate& Gate;
-    explicit TInside(THandOffGate& AGate) : Gate(AGate) { Gate.Enter(); }
-    ~TInside() { Gate.Leave(); }
-  };
-  const TInside Inside(*this);
-  ABody();
+  Enter();
+  try {
+    ABody();
+  } catch (...) {
+    Leave();
+    throw;
+  }
+  Leave();
 }
 
 void THandOffGate::Leave() {

@@ -49,6 +49,7 @@ class THandOffQueue {
  private:
   void Finish(THandOff& AHandOff, THandOff::TState AState);
   void Perform(THandOff& AHandOff) noexcept;
+  void KeepError(const std::function<void()>& ABody) noexcept;
 
   mutable std::mutex FLock;  // guards FWaiting, FMain, FHook, FError
   std::deque<THandOff*> FWaiting;

@@ -73,6 +73,7 @@ bool TThread::GetFinished() const noexcept {
 
 void TThread::WaitFor() {
   if (!FRecord || !FRecord->Handle.joinable()) return;
+  if (IsCurrent()) FatalError("thread '" + FName + "' was made to wait for itself");
   FCompletion->Ended.WaitUntil(NoDeadline);
   FRecord->Handle.join();
 }
