@@ -72,15 +72,17 @@ class TBus {
   sd_bus* GetHandle() const noexcept { return FBus.get(); }
 
  private:
-  static int HandleSignal(sd_bus_message* AMessage, void* AHandler, void*) noexcept;
+  using TMessage = std::unique_ptr<sd_bus_message, TBusRelease>;
+
+  TMessage MakeMessage(const TBusCall& ACall) noexcept;
   void HandleReply(sd_bus_message* AMessage) noexcept;
-  void FailCall(int AError);
 
   std::unique_ptr<sd_bus, TBusRelease> FBus;  // declared first: slots are released before it
   std::vector<std::unique_ptr<TSignalHandler>> FHandlers;
   std::vector<TBusSlot> FMatches;
   TReplyHandler FReplyHandler;
   TBusSlot FCall;
+  bool FIsLost = false;  // refuses to send: of no more use
 };
 
 }  // namespace System::Beacon

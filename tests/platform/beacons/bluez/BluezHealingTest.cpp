@@ -1,0 +1,151 @@
+// What the source does when adapter, daemon or bus are missing, refuse, or go away.
+#include "platform/beacons/bluez/bluez_fixture.h"
+
+namespace System::Beacon {
+namespace {
+
+const std::string Uid = "00EE0102030405060708090AAABBCCDDEEFF0000";
+
+class TBluezHealing : public TBluezTest {
+ protected:
+  std::string OpeningError(const std::string& AAdapter = {}) {
+    try {
+      MakeSource(AAdapter)->Open();
+    } catch (const EBeaconSourceError& Error) {
+      return Error.what();
+    }
+    return "none";
+  }
+
+  void ExpectScanning() {
+    Daemon->Receive(Eddystone(-60, Uid));
+    EXPECT_EQ(Next(), "C0:00:00:00:00:01 -60 1716AAFE" + Uid);
+    EXPECT_TRUE(Told.empty()) << Told.front();
+  }
+};
+
+TEST_F(TBluezHealing, SaysWhyItCannotOpenAndWhatToDo) {
+  struct TCase {
+    TFakeSettings Settings;
+    std::string Adapter;
+    std::string Error;
+  };
+  const auto Refuse = [](const char* AMethod, const char* AName) {
+    return TFakeSettings{.Refused = {{AMethod, AName}}};
+  };
+  const char* Denied = "org.freedesktop.DBus.Error.AccessDenied";
+  for (const TCase& C :
+       {TCase{{.Adapters = {}}, "", "There is no Bluetooth adapter. Plug one in"},
+        TCase{{.Adapters = {"hci1", "hci0"}}, "hci7", "adapter hci7. Use one of: hci0, hci1"},
+        TCase{{.IsPowered = false}, "", "hci0 is off. Switch it on with 'bluetoothctl power on'"},
+        TCase{Refuse("StartDiscovery", "org.bluez.Error.NotReady"), "", "hci0 is off"},
+        TCase{Refuse("GetManagedObjects", Denied), "", "because. Add the user to the group"},
+        TCase{Refuse("StartDiscovery", Denied), "", "because. Add the user to the group"},
+        TCase{Refuse("SetDiscoveryFilter", "org.bluez.Error.Failed"),
+              "",
+              "refused SetDiscoveryFilter with org.bluez.Error.Failed: because"},
+        TCase{Refuse("StartDiscovery", "org.bluez.Error.InProgress"), "", "hci0 is busy"}}) {
+    StartDaemon(C.Settings);
+    const std::string Error = OpeningError(C.Adapter);
+    EXPECT_NE(Error.find(C.Error), std::string::npos) << Error;
+    StopDaemon();
+  }
+}
+
+TEST_F(TBluezHealing, SaysThatThereIsNoDaemonOrNoBus) {
+  EXPECT_NE(OpeningError().find("'systemctl start bluetooth'"), std::string::npos);
+  Bus.Stop();
+  EXPECT_NE(OpeningError().find("'systemctl start dbus'"), std::string::npos);
+}
+
+TEST_F(TBluezHealing, CannotBeAskedForAdvertisementsWhileClosed) {
+  TAdvertisement Heard;
+  EXPECT_THROW(MakeSource()->Next(Heard, NoDeadline), EBeaconSourceError);
+  EXPECT_NE(OpeningError(), "none");
+}
+
+TEST_F(TBluezHealing, ScansWithoutAMonitorAndSaysSo) {
+  StartDaemon({.HasMonitors = false});
+  OpenSource();
+  ExpectTold("offers no advertisement monitor");
+  ExpectScanning();
+}
+
+TEST_F(TBluezHealing, ScansWhenTheMonitorIsRefusedAndSaysSo) {
+  StartDaemon({.Refused = {{"RegisterMonitor", "org.bluez.Error.NotPermitted"}}});
+  OpenSource();
+  ExpectTold("refused the advertisement monitor (org.bluez.Error.NotPermitted: because)");
+  ExpectScanning();
+}
+
+TEST_F(TBluezHealing, TriesAgainWhileTheDaemonStartsForAnotherProgram) {
+  StartDaemon({.Refused = {{"StartDiscovery", "org.bluez.Error.InProgress"}},
+               .RefusedTimes = {{"StartDiscovery", 2}}});
+  OpenSource();
+  ExpectScanning();
+}
+
+TEST_F(TBluezHealing, WaitsForAnAdapterThatIsSwitchedOff) {
+  StartDaemon();
+  OpenSource();
+  ExpectScanning();
+  Daemon->SetPowered(false);
+  ExpectTold("hci0 is off");
+  Daemon->SetPowered(true);
+  ExpectTold("Scanning again on Bluetooth adapter hci0");
+  ExpectScanning();
+}
+
+TEST_F(TBluezHealing, WaitsForAnAdapterThatIsUnplugged) {
+  StartDaemon();
+  OpenSource();
+  ExpectScanning();
+  Daemon->RemoveAdapter();
+  ExpectTold("hci0 is gone");
+  Daemon->AddAdapter("hci0");
+  ExpectTold("Scanning again on Bluetooth adapter hci0");
+  EXPECT_EQ(Daemon->GetPatterns().size(), 3) << "the monitor is gone";
+  ExpectScanning();
+}
+
+TEST_F(TBluezHealing, WaitsForADaemonThatRestarts) {
+  for (const bool AnnouncesLate : {true, false}) {
+    StartDaemon();
+    OpenSource();
+    ExpectScanning();
+    StopDaemon();
+    ExpectTold("hci0 is gone");
+    ExpectTold("daemon has stopped");
+    StartDaemon({.AnnouncesLate = AnnouncesLate});
+    ExpectTold("Scanning again on Bluetooth adapter hci0");
+    ExpectScanning();
+    Source->Close();
+    StopDaemon();
+  }
+}
+
+TEST_F(TBluezHealing, WaitsForABusThatGoesAway) {
+  StartDaemon();
+  OpenSource();
+  ExpectScanning();
+  Bus.Stop();
+  ExpectTold("connection to the system bus is lost");
+  StopDaemon();
+  Bus.Start();
+  StartDaemon();
+  ExpectTold("Scanning again on Bluetooth adapter hci0");
+  ExpectScanning();
+}
+
+TEST_F(TBluezHealing, IsInterruptedWhileItWaits) {
+  StartDaemon();
+  OpenSource();
+  Daemon->RemoveAdapter();
+  ExpectTold("hci0 is gone");
+  TAdvertisement Heard;
+  Source->Interrupt();
+  EXPECT_EQ(Source->Next(Heard, NoDeadline), TSourceResult::Interrupted);
+}
+
+}  // namespace
+}  // namespace System::Beacon

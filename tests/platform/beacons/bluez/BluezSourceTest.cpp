@@ -1,0 +1,209 @@
+// What the source delivers while the daemon is well.
+#include <atomic>
+#include <thread>
+
+#include "platform/beacons/bluez/bluez_fixture.h"
+
+namespace System::Beacon {
+namespace {
+
+const std::string IBeacon = "0215E2C56DB5DFFB48D2B060D0F5A71096E000010007C5";
+const std::string AltBeacon = "BEAC0102030405060708090A0B0C0D0E0F1000030009BF00";
+const std::string Uid = "00EE0102030405060708090AAABBCCDDEEFF0000";
+const std::string Url = "10EE036578616D706C6507";
+const std::string Tlm = "20000BB817000000006400000258";
+
+TEST_F(TBluezTest, RebuildsTheFramesOfEveryKindOfBeacon) {
+  StartDaemon();
+  OpenSource();
+  struct TCase {
+    TFakeAdvertisement Received;
+    std::string Payload;
+  };
+  for (const TCase& C : {TCase{Manufacturer(-60, 0x004C, IBeacon), "1AFF4C00" + IBeacon},
+                         TCase{Manufacturer(-61, 0x0118, AltBeacon), "1BFF1801" + AltBeacon},
+                         TCase{Eddystone(-62, Uid), "1716AAFE" + Uid},
+                         TCase{Eddystone(-63, Url), "0E16AAFE" + Url},
+                         TCase{Eddystone(-64, Tlm), "1116AAFE" + Tlm}}) {
+    Daemon->Receive(C.Received);
+    EXPECT_EQ(Next(), "C0:00:00:00:00:01 " + std::to_string(*C.Received.Rssi) + ' ' + C.Payload);
+  }
+}
+
+TEST_F(TBluezTest, RegistersAMonitorForBeaconsAndAsksForEveryAdvertisement) {
+  StartDaemon();
+  OpenSource();
+  const std::vector<TFakePattern> Expected{
+      {0, 0xFF, Bytes("4C000215")}, {2, 0xFF, Bytes("BEAC")}, {0, 0x16, Bytes("AAFE")}};
+  EXPECT_EQ(Daemon->GetPatterns(), Expected);
+  EXPECT_EQ(Daemon->GetFilter(), "Transport=le DuplicateData=1");
+  EXPECT_EQ(Daemon->CountSessions(), 1);
+  Source->Close();
+  EXPECT_TRUE(Daemon->GetPatterns().empty());
+  EXPECT_EQ(Daemon->CountSessions(), 0);
+}
+
+TEST_F(TBluezTest, RepeatsTheLastFrameForAStrengthAlone) {
+  StartDaemon({.IgnoresDuplicates = true});
+  OpenSource();
+  Daemon->Receive(Eddystone(-60, Uid));
+  Daemon->Receive(Eddystone(-62, Uid));
+  Daemon->Receive(Eddystone(-64, Tlm));
+  Daemon->Receive(Eddystone(-66, Tlm));
+  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -60 1716AAFE" + Uid);
+  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -62 1716AAFE" + Uid);
+  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -64 1116AAFE" + Tlm);
+  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -66 1116AAFE" + Tlm);
+}
+
+TEST_F(TBluezTest, KeepsTheLastStrengthForAPayloadAlone) {
+  StartDaemon();
+  OpenSource();
+  Daemon->Receive(Manufacturer(-60, 0x004C, IBeacon));
+  Daemon->Receive(Eddystone({}, Url));
+  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -60 1AFF4C00" + IBeacon);
+  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -60 0E16AAFE" + Url);
+}
+
+TEST_F(TBluezTest, DoesNotReportWhatWasKnownBeforeItOpened) {
+  StartDaemon({.Known = {Manufacturer(-40, 0x004C, IBeacon)}});
+  OpenSource();
+  Daemon->Receive(RssiAlone(-70));
+  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -70 1AFF4C00" + IBeacon);
+}
+
+TEST_F(TBluezTest, ForgetsADeviceWhoseStrengthIsWithdrawn) {
+  StartDaemon({.IgnoresDuplicates = true});
+  OpenSource();
+  const std::string Path = TFakeDaemon::DevicePath("C0:00:00:00:00:01");
+  const auto Withdraw = [&](sd_bus*) {
+    Daemon->Emit(Path,
+                 TFakeDaemon::Properties,
+                 "PropertiesChanged",
+                 "sa{sv}as",
+                 "org.bluez.Device1",
+                 0,
+                 1,
+                 "RSSI");
+  };
+  const auto Remove = [&](sd_bus*) {
+    Daemon->Emit("/",
+                 TFakeDaemon::Objects,
+                 "InterfacesRemoved",
+                 "oas",
+                 Path.c_str(),
+                 1,
+                 "org.bluez.Device1");
+  };
+  for (const std::function<void(sd_bus*)>& Loss :
+       {std::function(Withdraw), std::function(Remove)}) {
+    Daemon->Receive(Eddystone(-60, Uid));
+    Daemon->Do(Loss);
+    Daemon->Receive(RssiAlone(-61));  // of a device without a payload: nothing
+    Daemon->Receive(Eddystone(-62, Url));
+    EXPECT_EQ(Next().substr(18, 3), "-60");
+    EXPECT_EQ(Next(), "C0:00:00:00:00:01 -62 0E16AAFE" + Url);
+  }
+}
+
+TEST_F(TBluezTest, PassesOverWhatHasTheWrongTypeOrSize) {
+  StartDaemon();
+  OpenSource();
+  const std::string Path = TFakeDaemon::DevicePath("C0:00:00:00:00:01");
+  const auto Change = [&](const char* ATypes, auto... AValues) {
+    Daemon->Do([&](sd_bus*) {
+      Daemon->Emit(Path, TFakeDaemon::Properties, "PropertiesChanged", ATypes, AValues...);
+    });
+  };
+  Change("");
+  Change("u", 7);
+  Change("sa{sv}", "org.bluez.Device1", 1, "RSSI", "s", "loud");
+  Change(
+      "sa{sv}as", "org.bluez.Device1", 2, "RSSI", "n", -50, "ManufacturerData", "ay", 2, 1, 2, 0);
+  Change("sa{sv}as",
+         "org.bluez.Device1",
+         2,
+         "ManufacturerData",
+         "a{qv}",
+         1,
+         0x4C,
+         "s",
+         "text",
+         "ServiceData",
+         "a{sv}",
+         1,
+         "0000feaa-0000-1000-8000-00805f9b34fb",
+         "a{sv}",
+         0,
+         0);
+  Change("sas", "org.bluez.Device1", 1, "RSSI");
+  Change("sa{sv}as", "org.bluez.Adapter1", 1, "Powered", "s", "no", 0);
+  Daemon->Receive(
+      Manufacturer(-60, 0x004C, std::string(2 * 253, '0')));  // too long for a structure
+  TFakeAdvertisement Foreign = Manufacturer(-61, 0x004C, IBeacon);
+  Foreign.Service = {{"f000aa00-0451-4000-b000-000000000000", Bytes("00")}, {"", Bytes("00")}};
+  Daemon->Receive(Foreign);
+  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -61 1AFF4C00" + IBeacon);
+  EXPECT_TRUE(Told.empty()) << Told.front();
+}
+
+TEST_F(TBluezTest, ReportsAnUnbelievableStrengthAsUnknown) {
+  StartDaemon();
+  OpenSource();
+  for (const int Rssi : {-128, 21, 32767}) {
+    Daemon->Receive(Manufacturer(Rssi, 0x004C, IBeacon));
+    EXPECT_EQ(Next(), "C0:00:00:00:00:01 127 1AFF4C00" + IBeacon) << Rssi;
+  }
+}
+
+TEST_F(TBluezTest, LeavesTheSessionsOfOtherClientsAlone) {
+  StartDaemon();
+  OpenSource();
+  const auto Other = MakeSource("hci0");
+  Other->Open();
+  Daemon->Receive(Eddystone(-60, Uid));
+  EXPECT_EQ(Next(), Next(*Other));
+  Source->Close();
+  EXPECT_EQ(Daemon->CountSessions(), 1);
+  Daemon->Receive(Eddystone(-61, Url));
+  EXPECT_EQ(Next(*Other), "C0:00:00:00:00:01 -61 0E16AAFE" + Url);
+}
+
+TEST_F(TBluezTest, TakesOnlyTheDevicesOfItsAdapter) {
+  StartDaemon({.Adapters = {"hci0", "hci1", "hci10"}});
+  Source = MakeSource("hci1");
+  Source->Open();
+  for (const char* Adapter : {"hci0", "hci10", "hci1"}) {
+    const std::string Path = std::string("/org/bluez/") + Adapter + "/dev_C0_00_00_00_00_02";
+    Daemon->Do([&](sd_bus*) {
+      Daemon->Emit(Path,
+                   TFakeDaemon::Properties,
+                   "PropertiesChanged",
+                   "sa{sv}as",
+                   "org.bluez.Device1",
+                   1,
+                   "ManufacturerData",
+                   "a{qv}",
+                   1,
+                   1,
+                   "ay",
+                   1,
+                   Path.size(),
+                   0);
+    });
+  }
+  EXPECT_EQ(Next(), "C0:00:00:00:00:02 127 04FF010025");
+}
+
+TEST_F(TBluezTest, ComesBackAtOnceWhenAnotherThreadInterruptsIt) {
+  StartDaemon();
+  OpenSource();
+  TAdvertisement Heard;
+  std::thread Other([&] { Source->Interrupt(); });
+  EXPECT_EQ(Source->Next(Heard, NoDeadline), TSourceResult::Interrupted);
+  Other.join();
+  EXPECT_EQ(Source->Next(Heard, Ticks()), TSourceResult::TimedOut);
+}
+
+}  // namespace
+}  // namespace System::Beacon

@@ -1,0 +1,540 @@
+// A stand-in for the Bluetooth daemon, which behaves as version 5.66 was recorded to.
+#pragma once
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <future>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace System::Beacon {
+
+using TFakeBytes = std::vector<std::uint8_t>;
+
+/// One advertisement as the daemon takes it apart.
+struct TFakeAdvertisement {
+  std::string Address = "C0:00:00:00:00:01";
+  std::optional<int> Rssi{};
+  std::map<std::uint16_t, TFakeBytes> Manufacturer{};
+  std::map<std::string, TFakeBytes> Service{};
+};
+
+struct TFakePattern {
+  int Offset;
+  int Type;
+  TFakeBytes Bytes;
+  bool operator==(const TFakePattern&) const = default;
+};
+
+struct TFakeSettings {
+  std::vector<std::string> Adapters{"hci0"};
+  bool IsPowered = true;
+  bool HasMonitors = true;
+  bool AnnouncesLate = false;      ///< adapters appear after the name, as at a restart
+  bool IgnoresDuplicates = false;  ///< reports only what changes
+  std::map<std::string, std::string> Refused{};  ///< method to the name of its error
+  std::map<std::string, int> RefusedTimes{};     ///< how often; absent: always
+  std::vector<TFakeAdvertisement> Known{};       ///< devices seen before the client came
+};
+
+/// Runs on a thread of its own with a connection of its own, from construction to destruction.
+/// Operations may be called on any thread; they return when their signals are sent.
+class TFakeDaemon {
+ public:
+  TFakeDaemon(std::string AAddress, TFakeSettings ASettings)
+      : FAddress(std::move(AAddress)), FSettings(std::move(ASettings)) {
+    std::promise<void> Ready;
+    FThread = std::thread([&] { Run(Ready); });
+    Ready.get_future().wait();
+  }
+  ~TFakeDaemon() {
+    Do([this](sd_bus*) {
+      EndDiscovery(false);
+      for (const auto& Adapter : std::exchange(FSettings.Adapters, {})) EmitAdapterRemoved(Adapter);
+      FIsStopping = true;
+    });
+    FThread.join();
+    close(FWakeUp);
+  }
+  TFakeDaemon(const TFakeDaemon&) = delete;
+  TFakeDaemon& operator=(const TFakeDaemon&) = delete;
+
+  /// Runs `AWork` on the daemon's thread and waits for it.
+  void Do(std::function<void(sd_bus*)> AWork) {
+    std::packaged_task<void()> Task([this, Work = std::move(AWork)] { Work(FBus); });
+    auto Done = Task.get_future();
+    {
+      const std::lock_guard Guard(FLock);
+      FTasks.push_back(std::move(Task));
+    }
+    eventfd_write(FWakeUp, 1);
+    Done.get();
+  }
+
+  /// Has the radio receive an advertisement; heard of only while a client discovers.
+  void Receive(const TFakeAdvertisement& AAdvertisement) {
+    Do([&](sd_bus*) {
+      if (!FSessions.empty()) Report(AAdvertisement);
+    });
+  }
+  void SetPowered(bool AIsPowered) {
+    Do([=, this](sd_bus*) {
+      if (!AIsPowered) EndDiscovery(false);
+      FSettings.IsPowered = AIsPowered;
+      Emit(AdapterPath(),
+           Properties,
+           "PropertiesChanged",
+           "sa{sv}as",
+           "org.bluez.Adapter1",
+           2,
+           "Powered",
+           "b",
+           int{AIsPowered},
+           "Discovering",
+           "b",
+           0,
+           0);
+    });
+  }
+  void RemoveAdapter() {
+    Do([this](sd_bus*) {
+      EndDiscovery(false);
+      EmitAdapterRemoved(FSettings.Adapters.front());
+      FSettings.Adapters.erase(FSettings.Adapters.begin());
+    });
+  }
+  void AddAdapter(const std::string& AName) {
+    Do([&](sd_bus*) {
+      FSettings.Adapters.push_back(AName);
+      EmitAdapterAdded(AName);
+    });
+  }
+  std::size_t CountSessions() {
+    std::size_t Count = 0;
+    Do([&](sd_bus*) { Count = FSessions.size(); });
+    return Count;
+  }
+  std::vector<TFakePattern> GetPatterns() {
+    std::vector<TFakePattern> Result;
+    Do([&](sd_bus*) { Result = FPatterns; });
+    return Result;
+  }
+  std::string GetFilter() {
+    std::string Result;
+    Do([&](sd_bus*) { Result = FFilter; });
+    return Result;
+  }
+  /// Sends a signal with arguments of any types; on the daemon's thread.
+  template <class... TValues>
+  void Emit(const std::string& APath,
+            const char* AInterface,
+            const char* AMember,
+            const char* ATypes,
+            TValues... AValues) {
+    sd_bus_emit_signal(FBus, APath.c_str(), AInterface, AMember, ATypes, AValues...);
+  }
+  static std::string DevicePath(const std::string& AAddress) {
+    std::string Path = "/org/bluez/hci0/dev_" + AAddress;
+    std::replace(Path.begin(), Path.end(), ':', '_');
+    return Path;
+  }
+
+  static constexpr char Properties[] = "org.freedesktop.DBus.Properties";
+  static constexpr char Objects[] = "org.freedesktop.DBus.ObjectManager";
+
+ private:
+  std::string AdapterPath() const { return "/org/bluez/" + FSettings.Adapters.front(); }
+
+  void Run(std::promise<void>& AReady) {
+    sd_bus_new(&FBus);
+    sd_bus_set_address(FBus, FAddress.c_str());
+    sd_bus_set_bus_client(FBus, 1);
+    sd_bus_start(FBus);
+    sd_bus_add_filter(FBus, nullptr, HandleCall, this);
+    sd_bus_match_signal(FBus,
+                        nullptr,
+                        "org.freedesktop.DBus",
+                        nullptr,
+                        "org.freedesktop.DBus",
+                        "NameOwnerChanged",
+                        HandleOwnerChanged,
+                        this);
+    for (const auto& Known : FSettings.Known) FDevices[Known.Address] = Known;
+    auto Late = FSettings.AnnouncesLate ? std::exchange(FSettings.Adapters, {})
+                                        : std::vector<std::string>{};
+    sd_bus_request_name(FBus, "org.bluez", 0);
+    for (const auto& Adapter : Late) {
+      FSettings.Adapters.push_back(Adapter);
+      EmitAdapterAdded(Adapter);
+    }
+    AReady.set_value();
+    while (!FIsStopping) Turn();
+    sd_bus_flush_close_unref(FBus);
+  }
+
+  void Turn() {
+    if (sd_bus_process(FBus, nullptr) > 0) return;
+    std::array<pollfd, 2> Polled{pollfd{FWakeUp, POLLIN, 0},
+                                 pollfd{sd_bus_get_fd(FBus), POLLIN, 0}};
+    poll(Polled.data(), Polled.size(), 100);
+    eventfd_t Count = 0;
+    eventfd_read(FWakeUp, &Count);
+    std::vector<std::packaged_task<void()>> Tasks;
+    {
+      const std::lock_guard Guard(FLock);
+      Tasks.swap(FTasks);
+    }
+    for (auto& Task : Tasks) {
+      Task();
+      if (!FIsStopping) sd_bus_flush(FBus);
+    }
+  }
+
+  // --- Calls of clients ---
+
+  static int HandleCall(sd_bus_message* ACall, void* ASelf, sd_bus_error* AError) {
+    auto& Self = *static_cast<TFakeDaemon*>(ASelf);
+    std::uint8_t Type = 0;
+    sd_bus_message_get_type(ACall, &Type);
+    return Type == SD_BUS_MESSAGE_METHOD_CALL ? Self.Answer(ACall, AError) : 0;
+  }
+
+  int Answer(sd_bus_message* ACall, sd_bus_error* AError) {
+    const std::string Member = sd_bus_message_get_member(ACall);
+    const std::string Sender = sd_bus_message_get_sender(ACall);
+    if (const char* Name = Refusal(Member)) return sd_bus_error_set(AError, Name, "because");
+    if (Member == "GetManagedObjects") return AnswerObjects(ACall);
+    if (Member == "RegisterMonitor") return AskForMonitor(ACall);
+    const bool NeedsPower = Member == "StartDiscovery" || Member == "SetDiscoveryFilter";
+    if (NeedsPower && !FSettings.IsPowered)
+      return sd_bus_error_set(AError, "org.bluez.Error.NotReady", "Resource Not Ready");
+    if (Member == "SetDiscoveryFilter") ReadFilter(ACall);
+    if (Member == "StartDiscovery" && !FSessions.insert(Sender).second)
+      return sd_bus_error_set(AError, "org.bluez.Error.InProgress", "Operation in progress");
+    if (Member == "StopDiscovery" && !Leave(Sender))
+      return sd_bus_error_set(AError, "org.bluez.Error.Failed", "No discovery started");
+    if (Member == "UnregisterMonitor") FPatterns.clear();
+    return sd_bus_reply_method_return(ACall, nullptr);
+  }
+
+  void ReadFilter(sd_bus_message* ACall) {
+    const char *First = nullptr, *Transport = nullptr, *Second = nullptr;
+    int Duplicates = 0;
+    sd_bus_message_read(ACall, "a{sv}", 2, &First, "s", &Transport, &Second, "b", &Duplicates);
+    FFilter = std::string(First) + '=' + Transport + ' ' + Second + '=' + (Duplicates ? "1" : "0");
+  }
+
+  const char* Refusal(const std::string& AMethod) {
+    const auto Refused = FSettings.Refused.find(AMethod);
+    if (Refused == FSettings.Refused.end()) return nullptr;
+    const auto Times = FSettings.RefusedTimes.find(AMethod);
+    if (Times != FSettings.RefusedTimes.end() && Times->second-- == 0) return nullptr;
+    return Refused->second.c_str();
+  }
+
+  int AnswerObjects(sd_bus_message* ACall) {
+    sd_bus_message* Reply = nullptr;
+    sd_bus_message_new_method_return(ACall, &Reply);
+    sd_bus_message_open_container(Reply, 'a', "{oa{sa{sv}}}");
+    for (const auto& Adapter : FSettings.Adapters) {
+      sd_bus_message_open_container(Reply, 'e', "oa{sa{sv}}");
+      AppendAdapter(Reply, Adapter);
+      sd_bus_message_close_container(Reply);
+    }
+    for (const auto& [Address, Device] : FDevices) {
+      sd_bus_message_open_container(Reply, 'e', "oa{sa{sv}}");
+      AppendDevice(Reply, Device);
+      sd_bus_message_close_container(Reply);
+    }
+    sd_bus_message_close_container(Reply);
+    const int Result = sd_bus_send(FBus, Reply, nullptr);
+    sd_bus_message_unref(Reply);
+    return Result;
+  }
+
+  // The reply to a registration is sent when the client has said what its monitor is for.
+  int AskForMonitor(sd_bus_message* ACall) {
+    const char* Path = nullptr;
+    sd_bus_message_read(ACall, "o", &Path);
+    FRegistration = sd_bus_message_ref(ACall);
+    return sd_bus_call_method_async(FBus,
+                                    nullptr,
+                                    sd_bus_message_get_sender(ACall),
+                                    Path,
+                                    Objects,
+                                    "GetManagedObjects",
+                                    TakeMonitor,
+                                    this,
+                                    "");
+  }
+
+  static int TakeMonitor(sd_bus_message* AReply, void* ASelf, sd_bus_error*) {
+    auto& Self = *static_cast<TFakeDaemon*>(ASelf);
+    sd_bus_message* Registration = std::exchange(Self.FRegistration, nullptr);
+    sd_bus_message_enter_container(AReply, 'a', "{oa{sa{sv}}}");
+    while (sd_bus_message_enter_container(AReply, 'e', "oa{sa{sv}}") > 0) {
+      const char* Path = nullptr;
+      sd_bus_message_read(AReply, "o", &Path);
+      if (Self.ReadPatterns(AReply))
+        sd_bus_call_method_async(Self.FBus,
+                                 nullptr,
+                                 sd_bus_message_get_sender(AReply),
+                                 Path,
+                                 "org.bluez.AdvertisementMonitor1",
+                                 "Activate",
+                                 nullptr,
+                                 nullptr,
+                                 "");
+      sd_bus_message_exit_container(AReply);
+    }
+    const int Result = sd_bus_reply_method_return(Registration, nullptr);
+    sd_bus_message_unref(Registration);
+    return Result;
+  }
+
+  bool ReadPatterns(sd_bus_message* AObject) {
+    bool HasPatterns = false;
+    const char* Text = nullptr;
+    sd_bus_message_enter_container(AObject, 'a', "{sa{sv}}");
+    while (sd_bus_message_enter_container(AObject, 'e', "sa{sv}") > 0) {
+      sd_bus_message_read(AObject, "s", &Text);
+      sd_bus_message_enter_container(AObject, 'a', "{sv}");
+      while (sd_bus_message_enter_container(AObject, 'e', "sv") > 0) {
+        sd_bus_message_read(AObject, "s", &Text);
+        const bool IsPatterns = Text == std::string("Patterns");
+        HasPatterns |= IsPatterns;
+        IsPatterns ? ReadPatternList(AObject)
+                   : static_cast<void>(sd_bus_message_skip(AObject, "v"));
+        sd_bus_message_exit_container(AObject);
+      }
+      sd_bus_message_exit_container(AObject);
+      sd_bus_message_exit_container(AObject);
+    }
+    sd_bus_message_exit_container(AObject);
+    return HasPatterns;
+  }
+
+  void ReadPatternList(sd_bus_message* AProperty) {
+    FPatterns.clear();
+    sd_bus_message_enter_container(AProperty, 'v', "a(yyay)");
+    sd_bus_message_enter_container(AProperty, 'a', "(yyay)");
+    while (sd_bus_message_enter_container(AProperty, 'r', "yyay") > 0) {
+      std::uint8_t Offset = 0, Type = 0;
+      const void* First = nullptr;
+      std::size_t Size = 0;
+      sd_bus_message_read(AProperty, "yy", &Offset, &Type);
+      sd_bus_message_read_array(AProperty, 'y', &First, &Size);
+      const auto* Bytes = static_cast<const std::uint8_t*>(First);
+      FPatterns.push_back({Offset, Type, TFakeBytes(Bytes, Bytes + Size)});
+      sd_bus_message_exit_container(AProperty);
+    }
+    sd_bus_message_exit_container(AProperty);
+    sd_bus_message_exit_container(AProperty);
+  }
+
+  static int HandleOwnerChanged(sd_bus_message* ASignal, void* ASelf, sd_bus_error*) {
+    const char *Name = nullptr, *Old = nullptr, *New = nullptr;
+    sd_bus_message_read(ASignal, "sss", &Name, &Old, &New);
+    if (!*New) static_cast<TFakeDaemon*>(ASelf)->Leave(Name);
+    return 0;
+  }
+
+  // --- Discovery ---
+
+  bool Leave(const std::string& AClient) {
+    if (!FSessions.contains(AClient)) return false;
+    if (FSessions.size() == 1) EndDiscovery(true);
+    FSessions.erase(AClient);
+    return true;
+  }
+
+  // Strengths are withdrawn and devices removed before discovery is said to end.
+  void EndDiscovery(bool AIsToldOfAdapter) {
+    FSessions.clear();
+    for (const auto& [Address, Device] : std::exchange(FDevices, {})) {
+      Emit(DevicePath(Address),
+           Properties,
+           "PropertiesChanged",
+           "sa{sv}as",
+           "org.bluez.Device1",
+           0,
+           1,
+           "RSSI");
+      Emit("/",
+           Objects,
+           "InterfacesRemoved",
+           "oas",
+           DevicePath(Address).c_str(),
+           1,
+           "org.bluez.Device1");
+    }
+    if (AIsToldOfAdapter)
+      Emit(AdapterPath(),
+           Properties,
+           "PropertiesChanged",
+           "sa{sv}as",
+           "org.bluez.Adapter1",
+           1,
+           "Discovering",
+           "b",
+           0,
+           0);
+  }
+
+  // The first sight of a device is an added object with all that is known; after that, strength
+  // and data, or only what is new.
+  void Report(const TFakeAdvertisement& AHeard) {
+    const auto Known = FDevices.find(AHeard.Address);
+    const bool IsNew = Known == FDevices.end();
+    TFakeAdvertisement Told = AHeard;
+    if (!IsNew && FSettings.IgnoresDuplicates) {
+      if (Told.Manufacturer == Known->second.Manufacturer) Told.Manufacturer.clear();
+      if (Told.Service == Known->second.Service) Told.Service.clear();
+    }
+    FDevices[AHeard.Address] = AHeard;
+    sd_bus_message* Signal = nullptr;
+    const std::string Path = IsNew ? "/" : DevicePath(AHeard.Address);
+    sd_bus_message_new_signal(FBus,
+                              &Signal,
+                              Path.c_str(),
+                              IsNew ? Objects : Properties,
+                              IsNew ? "InterfacesAdded" : "PropertiesChanged");
+    if (IsNew) {
+      AppendDevice(Signal, AHeard);
+    } else {
+      sd_bus_message_append(Signal, "s", "org.bluez.Device1");
+      AppendProperties(Signal, Told, false);
+      sd_bus_message_append(Signal, "as", 0);
+    }
+    sd_bus_send(FBus, Signal, nullptr);
+    sd_bus_message_unref(Signal);
+  }
+
+  // --- Messages ---
+
+  void AppendAdapter(sd_bus_message* AMessage, const std::string& AName) {
+    sd_bus_message_append(AMessage, "o", ("/org/bluez/" + AName).c_str());
+    if (FSettings.HasMonitors) {
+      sd_bus_message_append(AMessage,
+                            "a{sa{sv}}",
+                            2,
+                            "org.bluez.Adapter1",
+                            1,
+                            "Powered",
+                            "b",
+                            int{FSettings.IsPowered},
+                            "org.bluez.AdvertisementMonitorManager1",
+                            1,
+                            "SupportedMonitorTypes",
+                            "as",
+                            1,
+                            "or_patterns");
+    } else {
+      sd_bus_message_append(AMessage,
+                            "a{sa{sv}}",
+                            1,
+                            "org.bluez.Adapter1",
+                            1,
+                            "Powered",
+                            "b",
+                            int{FSettings.IsPowered});
+    }
+  }
+
+  static void AppendDevice(sd_bus_message* AMessage, const TFakeAdvertisement& ADevice) {
+    sd_bus_message_append(AMessage, "o", DevicePath(ADevice.Address).c_str());
+    sd_bus_message_open_container(AMessage, 'a', "{sa{sv}}");
+    sd_bus_message_open_container(AMessage, 'e', "sa{sv}");
+    sd_bus_message_append(AMessage, "s", "org.bluez.Device1");
+    AppendProperties(AMessage, ADevice, true);
+    sd_bus_message_close_container(AMessage);
+    sd_bus_message_close_container(AMessage);
+  }
+
+  static void AppendProperties(sd_bus_message* AMessage,
+                               const TFakeAdvertisement& ADevice,
+                               bool AHasAddress) {
+    sd_bus_message_open_container(AMessage, 'a', "{sv}");
+    if (AHasAddress)
+      sd_bus_message_append(AMessage, "{sv}", "Address", "s", ADevice.Address.c_str());
+    if (ADevice.Rssi) sd_bus_message_append(AMessage, "{sv}", "RSSI", "n", *ADevice.Rssi);
+    AppendData(AMessage, "ManufacturerData", "q", ADevice.Manufacturer);
+    AppendData(AMessage, "ServiceData", "s", ADevice.Service);
+    sd_bus_message_close_container(AMessage);
+  }
+
+  static int Key(std::uint16_t AKey) { return AKey; }
+  static const char* Key(const std::string& AKey) { return AKey.c_str(); }
+
+  template <class TKey>
+  static void AppendData(sd_bus_message* AMessage,
+                         const char* AName,
+                         const std::string& AKeyType,
+                         const std::map<TKey, TFakeBytes>& AData) {
+    if (AData.empty()) return;
+    const std::string Entry = AKeyType + 'v';
+    sd_bus_message_open_container(AMessage, 'e', "sv");
+    sd_bus_message_append(AMessage, "s", AName);
+    sd_bus_message_open_container(AMessage, 'v', ("a{" + Entry + '}').c_str());
+    sd_bus_message_open_container(AMessage, 'a', ('{' + Entry + '}').c_str());
+    for (const auto& [Owner, Bytes] : AData) {
+      sd_bus_message_open_container(AMessage, 'e', Entry.c_str());
+      sd_bus_message_append(AMessage, AKeyType.c_str(), Key(Owner));
+      sd_bus_message_open_container(AMessage, 'v', "ay");
+      sd_bus_message_append_array(AMessage, 'y', Bytes.data(), Bytes.size());
+      sd_bus_message_close_container(AMessage);
+      sd_bus_message_close_container(AMessage);
+    }
+    sd_bus_message_close_container(AMessage);
+    sd_bus_message_close_container(AMessage);
+    sd_bus_message_close_container(AMessage);
+  }
+
+  void EmitAdapterAdded(const std::string& AName) {
+    sd_bus_message* Signal = nullptr;
+    sd_bus_message_new_signal(FBus, &Signal, "/", Objects, "InterfacesAdded");
+    AppendAdapter(Signal, AName);
+    sd_bus_send(FBus, Signal, nullptr);
+    sd_bus_message_unref(Signal);
+  }
+
+  void EmitAdapterRemoved(const std::string& AName) {
+    Emit("/",
+         Objects,
+         "InterfacesRemoved",
+         "oas",
+         ("/org/bluez/" + AName).c_str(),
+         2,
+         "org.bluez.Adapter1",
+         "org.bluez.AdvertisementMonitorManager1");
+  }
+
+  const std::string FAddress;
+  TFakeSettings FSettings;
+  sd_bus* FBus = nullptr;
+  std::set<std::string> FSessions;  // the clients that discover
+  std::map<std::string, TFakeAdvertisement> FDevices;
+  std::vector<TFakePattern> FPatterns;
+  std::string FFilter;
+  sd_bus_message* FRegistration = nullptr;
+  bool FIsStopping = false;
+  int FWakeUp = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+  std::mutex FLock;  // guards FTasks
+  std::vector<std::packaged_task<void()>> FTasks;
+  std::thread FThread;
+};
+
+}  // namespace System::Beacon
