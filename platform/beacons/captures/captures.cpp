@@ -8,6 +8,9 @@
 #include "platform/beacons/captures/btsnoop_reader.h"
 #include "platform/beacons/captures/capture_kind.h"
 #include "platform/beacons/captures/log_reader.h"
+#ifdef WAYFENCE_HAS_PCAP
+#include "platform/beacons/pcap/pcap_reader.h"
+#endif
 
 namespace System::Beacon {
 
@@ -30,12 +33,14 @@ TStream OpenStream(std::vector<std::uint8_t> ABytes) {
   return std::make_unique<TByteStream>(MakeMemorySource(std::move(ABytes)), "capture in memory");
 }
 
+#ifndef WAYFENCE_HAS_PCAP
 TRef<IAdvertisementReader> ReadPcap(TStream AStream) {
   throw EBeaconSourceError(
       fmt::format("{}: this build reads no pcap or pcapng captures; install the package "
                   "libpcap-dev and build again",
                   AStream->GetName()));
 }
+#endif
 
 TRef<IAdvertisementReader> ReadCapture(TStream AStream) {
   switch (DetectCaptureKind(*AStream)) {
