@@ -1,5 +1,7 @@
 #include "platform/beacons/captures/log_line.h"
 
+#include <fmt/format.h>
+
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -28,7 +30,7 @@ class TLineBuilder {
  public:
   explicit TLineBuilder(TLogLine& ALine) : FLine(ALine) {}
 
-  std::string_view Problem;
+  std::string Problem;
 
   bool HasTime() const { return FHasTime; }
   bool HasAddress() const { return FHasAddress; }
@@ -49,8 +51,12 @@ class TLineBuilder {
   bool end_object() { return Close(); }
   bool start_array(std::size_t) { return FDepth == 0 ? Fail("not a JSON object") : Open(); }
   bool end_array() { return Close(); }
-  bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception&) {
-    return Fail("not a JSON object");
+  bool parse_error(std::size_t AColumn,
+                   const std::string&,
+                   const nlohmann::json::exception& AError) {
+    constexpr int NumberOverflow = 406;
+    if (AError.id == NumberOverflow) return Fail("a number is out of range");
+    return Fail(fmt::format("not a JSON object: wrong at column {}", AColumn));
   }
 
  private:
@@ -134,7 +140,7 @@ bool TLineBuilder::Open() {
 
 }  // namespace
 
-std::string_view ParseLogLine(std::string_view AText, TLogLine& ALine) {
+std::string ParseLogLine(std::string_view AText, TLogLine& ALine) {
   ALine.Rssi = UnknownRssi;
   TLineBuilder Builder(ALine);
   if (!nlohmann::json::sax_parse(AText.begin(), AText.end(), &Builder)) return Builder.Problem;

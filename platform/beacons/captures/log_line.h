@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -20,6 +21,6 @@ struct TLogLine {
 /// Reads `{"t": 0.105, "address": "C4:BE:84:01:02:03", "rssi": -67, "adv": "0201061AFF…"}` into
 /// `ALine`; members of other names are passed over. Returns what is wrong, empty when nothing is;
 /// `ALine` then holds what was read until there.
-std::string_view ParseLogLine(std::string_view AText, TLogLine& ALine);
+std::string ParseLogLine(std::string_view AText, TLogLine& ALine);
 
 }  // namespace System::Beacon

@@ -70,7 +70,7 @@ bool TLogReader::ReadRecord() {
 void TLogReader::ParseLine(std::string_view AText) {
   if (AText.empty()) return;
   if (AText.front() == '#') return ParseComment(AText);
-  if (const auto Problem = ParseLogLine(AText, FLine); !Problem.empty()) {
+  if (const std::string Problem = ParseLogLine(AText, FLine); !Problem.empty()) {
     return AddProblem(Problem);
   }
   FAnyRead = true;
