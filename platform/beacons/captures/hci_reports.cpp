@@ -26,7 +26,8 @@ TFragmentKey KeyOf(const TBluetoothAddress& AAddress,
 }  // namespace
 
 std::string_view THciReports::ParsePacket(std::span<const std::uint8_t> APacket, TTicks ATime) {
-  if (APacket.empty() || APacket[0] != Hci::EventPacket) return {};
+  if (APacket.empty()) return "HCI packet cut short";
+  if (APacket[0] != Hci::EventPacket) return {};
   return ParseEvent(APacket.subspan(1), ATime);
 }
 
@@ -41,6 +42,7 @@ std::string_view THciReports::ParseEvent(std::span<const std::uint8_t> AEvent,
 
   TByteCursor Cursor(Header.Take(std::min(Length, Header.GetLeft())));
   const std::uint8_t Subevent = Cursor.Byte();
+  if (Cursor.IsShort()) return SEventCutShort;
   if (Subevent != Hci::AdvertisingReport && Subevent != Hci::ExtendedAdvertisingReport) return {};
   std::string_view Problem;
   const int Count = Cursor.Byte();

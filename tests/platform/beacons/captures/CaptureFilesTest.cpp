@@ -12,24 +12,6 @@ namespace {
 
 constexpr TTicks Start = 1'795'384'174;  // seconds since 1970
 
-/// A source that breaks when its bytes are used up.
-class TBrokenSource : public TByteSource {
- public:
-  explicit TBrokenSource(TBytes ABytes) : FBytes(MakeMemorySource(std::move(ABytes))) {}
-  std::size_t Read(std::span<std::uint8_t> ABuffer) override {
-    const std::size_t Count = FBytes->Read(ABuffer);
-    if (Count == 0) throw EFileError("Input/output error");
-    return Count;
-  }
-
- private:
-  std::unique_ptr<TByteSource> FBytes;
-};
-
-std::unique_ptr<TByteStream> BrokenStream(TBytes ABytes) {
-  return std::make_unique<TByteStream>(std::make_unique<TBrokenSource>(std::move(ABytes)), "card");
-}
-
 std::string OpenError(const std::string& APath) {
   try {
     OpenCapture(APath);

@@ -9,12 +9,17 @@
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
+#include <memory>
 #include <ostream>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "platform/beacons/captures/byte_stream.h"
 #include "platform/beacons/captures/captures.h"
+#include "platform/errors.h"
 #include "platform/hex.h"
 
 namespace System::Beacon::CaptureTests {
@@ -154,6 +159,25 @@ class TTemporaryFile {
  private:
   std::string FPath;
 };
+
+/// A source that breaks when its bytes are used up.
+class TBrokenSource : public TByteSource {
+ public:
+  explicit TBrokenSource(TBytes ABytes) : FBytes(MakeMemorySource(std::move(ABytes))) {}
+  std::size_t Read(std::span<std::uint8_t> ABuffer) override {
+    const std::size_t Count = FBytes->Read(ABuffer);
+    if (Count == 0) throw EFileError("Input/output error");
+    return Count;
+  }
+
+ private:
+  std::unique_ptr<TByteSource> FBytes;
+};
+
+/// A stream over such a source.
+inline std::unique_ptr<TByteStream> BrokenStream(TBytes ABytes) {
+  return std::make_unique<TByteStream>(std::make_unique<TBrokenSource>(std::move(ABytes)), "card");
+}
 
 /// A format in which captures are written and read back.
 struct TCaptureFormat {
