@@ -1,0 +1,209 @@
+// What the readers deliver against what tshark sees in the same captures.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
+
+#include "platform/beacons/pcap/pcap_builders.h"
+
+namespace System::Beacon::CaptureTests {
+
+namespace {
+
+constexpr TTicks Start = 1'700'000'000'000'001;
+
+/// What a command prints, line by line.
+std::vector<std::string> LinesOf(const std::string& ACommand) {
+  std::string Text;
+  std::FILE* Pipe = ::popen((ACommand + " 2>/dev/null").c_str(), "r");
+  if (!Pipe) return {};
+  char Buffer[4096];
+  while (const std::size_t Count = std::fread(Buffer, 1, sizeof Buffer, Pipe)) {
+    Text.append(Buffer, Count);
+  }
+  ::pclose(Pipe);
+  std::vector<std::string> Lines;
+  std::istringstream Stream(Text);
+  for (std::string Line; std::getline(Stream, Line);) Lines.push_back(Line);
+  return Lines;
+}
+
+bool HasTshark() {
+  return std::system("command -v tshark >/dev/null 2>&1") == 0;
+}
+
+/// The packets that pass a filter: time, address of HCI and of the link layer, strength by HCI
+/// and by either sniffer, company, manufacturer data and service data.
+std::vector<std::string> TsharkLines(const std::string& APath, const std::string& AFilter) {
+  std::string Command = "tshark -r '" + APath + "' -Y '" + AFilter + "' -T fields";
+  for (const char* Field : {"frame.time_epoch",
+                            "bthci_evt.bd_addr",
+                            "btle.advertising_address",
+                            "bthci_evt.rssi",
+                            "btle_rf.signal_dbm",
+                            "nordic_ble.rssi",
+                            "btcommon.eir_ad.entry.company_id",
+                            "btcommon.eir_ad.entry.data",
+                            "btcommon.eir_ad.entry.service_data"}) {
+    Command.append(" -e ").append(Field);
+  }
+  return LinesOf(Command);
+}
+
+void AppendTo(std::string& AList, const std::string& AValue) {
+  AList += (AList.empty() ? "" : ",") + AValue;
+}
+
+std::string LowerHex(std::span<const std::uint8_t> ABytes) {
+  std::string Text = BytesToHex(ABytes);
+  for (char& Char : Text) Char = static_cast<char>(std::tolower(Char));
+  return Text;
+}
+
+/// The fields of a payload as tshark prints them: companies, their data, service data.
+std::string PayloadText(const TBytes& APayload) {
+  std::string Companies;
+  std::string Data;
+  std::string ServiceData;
+  for (std::size_t I = 0; I < APayload.size(); I += std::size_t{APayload[I]} + 1) {
+    const auto Field = std::span(APayload).subspan(I + 1, APayload[I]);
+    if (Field[0] == 0xFF) {
+      AppendTo(Companies, "0x" + LowerHex(TBytes{Field[2], Field[1]}));
+      AppendTo(Data, LowerHex(Field.subspan(3)));
+    } else if (Field[0] == 0x16) {
+      AppendTo(ServiceData, LowerHex(Field.subspan(3)));
+    }
+  }
+  return Companies + "\t" + Data + "\t" + ServiceData;
+}
+
+enum class TRssiColumn : std::uint8_t { Hci, Radio, Nordic, None };
+
+/// A line of `TsharkLines` from what a reader delivered.
+std::string LineOf(const THeard& AHeard, TRssiColumn AColumn) {
+  char Time[40];
+  std::snprintf(Time,
+                sizeof Time,
+                "%lld.%06lld000",
+                static_cast<long long>(AHeard.Time / TicksPerSecond),
+                static_cast<long long>(AHeard.Time % TicksPerSecond));
+  std::string Address = AHeard.Address;
+  for (char& Char : Address) Char = static_cast<char>(std::tolower(Char));
+  const std::string Rssi = std::to_string(AHeard.Rssi);
+  const std::string Begin = std::string(Time) + "\t";
+  switch (AColumn) {
+    case TRssiColumn::Hci:
+      return Begin + Address + "\t\t" + Rssi + "\t\t\t";
+    case TRssiColumn::Radio:
+      return Begin + "\t" + Address + "\t\t" + Rssi + "\t\t";
+    case TRssiColumn::Nordic:
+      return Begin + "\t" + Address + "\t\t\t" + Rssi + "\t";
+    case TRssiColumn::None:
+      break;
+  }
+  return Begin + "\t" + Address + "\t\t\t\t";
+}
+
+void ExpectTsharkAgrees(const TBytes& AFile, TRssiColumn AColumn, const std::string& AWhat) {
+  const TTemporaryFile File(AFile);
+  const auto Heard = ReadAllWell(OpenCapture(File.GetPath()));
+  std::vector<std::string> Expected;
+  for (const THeard& One : Heard) {
+    Expected.push_back(LineOf(One, AColumn) + PayloadText(Hex(One.Payload)));
+  }
+  EXPECT_FALSE(Heard.empty()) << AWhat;
+  EXPECT_EQ(TsharkLines(File.GetPath(), "btcommon.eir_ad.entry"), Expected) << AWhat;
+}
+
+const std::vector<std::string> Payloads = {
+    "0201061AFF4C000215E2C56DB5DFFB48D2B060D0F5A71096E000010007C5",
+    "1BFF1801BEAC0102030405060708090A0B0C0D0E0F1000030009BF00",
+    "0201060303AAFE1516AAFE00EE0102030405060708090AAABBCCDDEEFF",
+    "0201060303AAFE0E16AAFE10EE026578616D706C6507",
+    "0201060303AAFE1116AAFE20000BB817000000006400000258",
+};
+const std::string LongPayload = Payloads[0] + Payloads[2].substr(6) + "05FF59000102";
+
+}  // namespace
+
+TEST(Tshark, SeesTheSameInWrittenCaptures) {
+  if (!HasTshark()) GTEST_SKIP() << "tshark is not installed";
+  std::vector<THeard> Sample;
+  for (const std::string& Payload : Payloads) {
+    Sample.push_back({Start + 100'000 * static_cast<TTicks>(Sample.size()),
+                      "C4:BE:84:01:02:03",
+                      -60 - static_cast<int>(Sample.size()),
+                      Payload});
+  }
+  Sample.push_back({Start, "C4:BE:84:01:02:04", UnknownRssi, LongPayload});
+  for (const TCaptureFormat& Format : CaptureFormats()) {
+    if (Format.Name == std::string("log")) continue;
+    ExpectTsharkAgrees(Written(Format, Sample), TRssiColumn::Hci, Format.Name);
+  }
+}
+
+TEST(Tshark, SeesTheSameInEveryLinkType) {
+  if (!HasTshark()) GTEST_SKIP() << "tshark is not installed";
+  for (const TLinkType& Link : LinkTypes()) {
+    std::vector<TPacket> Packets;
+    for (const std::string& Payload : Payloads) {
+      const auto Index = static_cast<int>(Packets.size());
+      Packets.push_back(
+          {Start + Index, Link.Pack(static_cast<std::uint8_t>(Index), -60 - Index, Hex(Payload))});
+    }
+    const TRssiColumn Column = Link.Number == 251   ? TRssiColumn::None
+                               : Link.Number == 256 ? TRssiColumn::Radio
+                               : Link.Number == 272 ? TRssiColumn::Nordic
+                                                    : TRssiColumn::Hci;
+    const std::string What = "link type " + std::to_string(Link.Number);
+    ExpectTsharkAgrees(PcapFile(Link.Number, Packets, Big), Column, What);
+    ExpectTsharkAgrees(PcapngFile(Link.Number, Packets), Column, What + " in pcapng");
+  }
+}
+
+TEST(Tshark, SeesTheSameInExtendedAdvertisements) {
+  if (!HasTshark()) GTEST_SKIP() << "tshark is not installed";
+  const TBytes Packet = AirPacket(7,
+                                  Join({Hex("09"
+                                            "09"
+                                            "0100000000C0"
+                                            "3412"),
+                                        Hex(LongPayload)}));
+  ExpectTsharkAgrees(PcapFile(256, {{Start, WithRadioHeader(Packet, -70)}}),
+                     TRssiColumn::Radio,
+                     "extended advertising");
+}
+
+/// A sniffer's recording of phones that lies beside the repository.
+TEST(RecordedCaptures, YieldTheirAdvertisements) {
+  const char* Folder = std::getenv("WAYFENCE_DATA_DIR");
+  const std::filesystem::path Data = Folder ? Folder : WAYFENCE_SOURCE_DIR "/../shared/data";
+  std::error_code Error;
+  std::vector<std::filesystem::path> Files;
+  for (const auto& Entry :
+       std::filesystem::directory_iterator(Data / "advertisements" / "negative", Error)) {
+    if (Entry.path().string().ends_with(".pcapng.gz")) Files.push_back(Entry.path());
+  }
+  if (Files.empty()) GTEST_SKIP() << "no recordings in " << Data;
+  for (const auto& Packed : Files) {
+    const TTemporaryFile File;
+    ASSERT_EQ(std::system(("zcat '" + Packed.string() + "' > " + File.GetPath()).c_str()), 0);
+    const auto Heard = ReadAllWell(OpenCapture(File.GetPath()));
+    EXPECT_GT(Heard.size(), 100U) << Packed;
+    if (!HasTshark()) continue;
+    std::vector<std::string> Lines;
+    for (const THeard& One : Heard) Lines.push_back(LineOf(One, TRssiColumn::Nordic));
+    auto Seen = TsharkLines(File.GetPath(),
+                            "nordic_ble.crcok == 1 && btle.advertising_header && "
+                            "btle.advertising_header.pdu_type != 3");
+    for (std::string& Line : Seen) {
+      std::size_t End = 0;
+      for (int Tab = 0; Tab < 6; ++Tab) End = Line.find('\t', End) + 1;
+      Line.resize(End);
+    }
+    EXPECT_EQ(Lines, Seen) << Packed;
+  }
+}
+
+}  // namespace System::Beacon::CaptureTests
