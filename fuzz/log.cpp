@@ -12,8 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* AData, std::size_t ASi
       if (Next.Payload.size() > MaxPayloadSize) std::abort();
     }
     if (Reader->GetProgress() != 1.0) std::abort();
-  } catch (const EBeaconSourceError&) {
-    return -1;  // refused: not worth keeping
+  } catch (const EBeaconSourceError&) {  // refused as a whole, which is well
   }
   return 0;
 }

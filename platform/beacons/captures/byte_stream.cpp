@@ -1,15 +1,20 @@
 #include "platform/beacons/captures/byte_stream.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "platform/errors.h"
 
 namespace System::Beacon {
 
+namespace {
+
+constexpr std::size_t SmallestBuffer = 4096;
+
+}  // namespace
+
 TByteStream::TByteStream(std::unique_ptr<TByteSource> ASource, std::string AName)
-    : FSource(std::move(ASource)), FName(std::move(AName)), FBuffer(Capacity) {}
+    : FSource(std::move(ASource)), FName(std::move(AName)) {}
 
 std::span<const std::uint8_t> TByteStream::Peek(std::size_t ACount) {
   if (FLast - FFirst < ACount && !FAtEnd) Fill(std::min(ACount, Capacity));
@@ -30,9 +35,14 @@ double TByteStream::GetProgress() const noexcept {
 }
 
 void TByteStream::Fill(std::size_t ACount) {
-  std::memmove(FBuffer.data(), FBuffer.data() + FFirst, FLast - FFirst);
+  std::copy(FBuffer.begin() + static_cast<std::ptrdiff_t>(FFirst),
+            FBuffer.begin() + static_cast<std::ptrdiff_t>(FLast),
+            FBuffer.begin());
   FLast -= FFirst;
   FFirst = 0;
+  if (FBuffer.size() < Capacity) {  // small at first: most captures in memory are
+    FBuffer.resize(std::clamp(2 * FBuffer.size(), std::max(ACount, SmallestBuffer), Capacity));
+  }
   try {
     while (FLast < ACount && !FAtEnd) {
       const std::size_t Count = FSource->Read(std::span(FBuffer).subspan(FLast));
