@@ -171,6 +171,8 @@ class TComponent : public TPersistent {
   /// Streaming: properties are set between the two; `EndLoading` calls `Loaded`.
   void BeginLoading() { FState.Include(TComponentStateFlag::Loading); }
   void EndLoading();
+  /// Ends a streaming that failed: `Loaded` is not called.
+  void CancelLoading() { FState.Exclude(TComponentStateFlag::Loading); }
   /// In the design state a component holds its properties but does not act.
   void SetDesigning(bool AValue);
 

@@ -29,10 +29,8 @@ TSourceResult TReplaySource::Next(TAdvertisement& AAdvertisement, TTicks ADeadli
 bool TReplaySource::ReadNext() {
   if (!FReader->Read(FPending)) return false;
   FHasPending = true;
-  if (GetFirstTime() == 0) {
-    FOffset = FDue - FPending.Time;
-    FFirstTime.store(std::max<TTicks>(FDue, 1), std::memory_order_release);
-  }
+  if (!FHasBegun) FOffset = FDue - FPending.Time;
+  FHasBegun = true;
   FDue = std::max(FDue, FPending.Time + FOffset);
   return true;
 }

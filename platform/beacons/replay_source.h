@@ -1,8 +1,6 @@
 // A recording as a source.
 #pragma once
 
-#include <atomic>
-
 #include "platform/beacons/advertisement.h"
 #include "platform/threads.h"
 
@@ -23,8 +21,6 @@ class TReplaySource final : public TInterfacedObject, public virtual IAdvertisem
 
   /// Set when the last advertisement has been delivered and taken in. Any thread.
   TEvent& GetFinished() noexcept { return FFinished; }
-  /// The `Ticks` at which the first advertisement was due; 0 before. Any thread.
-  TTicks GetFirstTime() const noexcept { return FFirstTime.load(std::memory_order_acquire); }
   const IAdvertisementReader& GetReader() const noexcept { return *FReader; }
 
  private:
@@ -38,7 +34,7 @@ class TReplaySource final : public TInterfacedObject, public virtual IAdvertisem
   TTicks FOffset = 0;  // from the recording's clock to Ticks
   TTicks FDue = 0;
   bool FIsOpen = false;
-  std::atomic<TTicks> FFirstTime{0};
+  bool FHasBegun = false;
 };
 
 }  // namespace System::Beacon

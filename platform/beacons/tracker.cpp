@@ -15,12 +15,6 @@ void Count(std::atomic<std::uint64_t>& ACounter, std::uint64_t AMore = 1) noexce
   ACounter.store(ACounter.load(std::memory_order_relaxed) + AMore, std::memory_order_relaxed);
 }
 
-TBeaconProximity ProximityOf(double ADistance) noexcept {
-  if (ADistance < 0.0) return TBeaconProximity::Away;
-  if (ADistance <= ImmediateUpTo) return TBeaconProximity::Immediate;
-  return ADistance <= NearUpTo ? TBeaconProximity::Near : TBeaconProximity::Far;
-}
-
 TBeaconIdentity KeyOf(const TBluetoothAddress& AAddress) noexcept {
   TBeaconIdentity Result;
   std::copy(AAddress.Bytes.begin(), AAddress.Bytes.end(),
@@ -34,6 +28,14 @@ std::uint32_t BigEndian(std::span<const std::uint8_t> ABytes) noexcept {
   return Result;
 }
 
+}  // namespace
+
+TBeaconProximity ProximityOf(double ADistance) noexcept {
+  if (ADistance < 0.0) return TBeaconProximity::Away;
+  if (ADistance <= ImmediateUpTo) return TBeaconProximity::Immediate;
+  return ADistance <= NearUpTo ? TBeaconProximity::Near : TBeaconProximity::Far;
+}
+
 TEddystoneTLM ReadTLM(std::span<const std::uint8_t> AData) {
   TEddystoneTLM Result;
   Result.BatteryVoltage = static_cast<std::uint16_t>(BigEndian(AData.subspan(0, 2)));
@@ -43,8 +45,6 @@ TEddystoneTLM ReadTLM(std::span<const std::uint8_t> AData) {
   Result.TimeSinceBoot = BigEndian(AData.subspan(8, 4));
   return Result;
 }
-
-}  // namespace
 
 // ---------------------------------------------------------------- TDistanceTable
 

@@ -54,6 +54,12 @@ class TDistanceTable {
   std::array<double, 2 * MaxTwiceLoss + 1> FDistances{};
 };
 
+/// The ordinal by distance: immediate up to 0.5 m, near up to 3 m, far beyond; away when unknown.
+TBeaconProximity ProximityOf(double ADistanceInMetres) noexcept;
+
+/// The record of an Eddystone telemetry frame's 12 bytes.
+TEddystoneTLM ReadTLM(std::span<const std::uint8_t> AData);
+
 /// One thread at a time, except for `GetStatistics`.
 class TBeaconTracker {
  public:

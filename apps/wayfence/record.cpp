@@ -1,0 +1,109 @@
+// wayfence record: writes a source to a file.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "apps/wayfence/commands.h"
+#include "apps/wayfence/source.h"
+#include "platform/beacons/captures/captures.h"
+#include "platform/errors.h"
+
+namespace Wayfence {
+
+using namespace System;
+using namespace System::Beacon;
+
+namespace {
+
+constexpr double MicrosecondsADay = 86'400.0 * TicksPerSecond;
+
+TRef<IAdvertisementWriter> CreateWriter(const TRecordArguments& AArguments, TCaptureClock AClock) {
+  if (AArguments.Format == "btsnoop") return CreateBtsnoop(AArguments.File);
+  if (AArguments.Format == "pcap") return CreatePcap(AArguments.File);
+  return CreateAdvertisementLog(AArguments.File, AClock);
+}
+
+/// A recording must not be written over itself while it is read.
+void CheckNotSource(const std::string& AFile, std::string ASource) {
+  for (const char* Prefix : {"btsnoop:", "pcap:", "log:"})
+    if (ASource.starts_with(Prefix)) ASource.erase(0, std::string(Prefix).size());
+  std::error_code Ignored;
+  if (std::filesystem::equivalent(AFile, ASource, Ignored))
+    throw EFileError(fmt::format("{}: this is the source itself; choose another file", AFile));
+}
+
+std::uint64_t Convert(IAdvertisementReader& AReader, IAdvertisementWriter& AWriter) {
+  std::uint64_t Count = 0;
+  TAdvertisement Advertisement;
+  for (; AReader.Read(Advertisement); ++Count) AWriter.Write(Advertisement);
+  return Count;
+}
+
+std::uint64_t Listen(TWatchedSource& ASource, IAdvertisementWriter& AWriter, double ASeconds) {
+  constexpr TTicks LookAtInterruptsEvery = 100 * TicksPerMillisecond;
+  const TTicks Start = Ticks();
+  const auto StartOnWall = static_cast<TTicks>(Now() * MicrosecondsADay);
+  const TTicks End =
+      ASeconds > 0.0 ? After(Start, static_cast<TTicks>(ASeconds * TicksPerSecond)) : NoDeadline;
+  std::uint64_t Count = 0;
+  TAdvertisement Advertisement;
+  while (!IsInterrupted() && Ticks() < End) {
+    const TTicks Deadline = std::min(End, After(Ticks(), LookAtInterruptsEvery));
+    const TSourceResult Result = ASource.Next(Advertisement, Deadline);
+    if (Result == TSourceResult::Finished) break;
+    if (Result != TSourceResult::Advertisement) continue;
+    Advertisement.Time += StartOnWall - Start;
+    AWriter.Write(Advertisement);
+    ++Count;
+  }
+  return Count;
+}
+
+void Report(std::uint64_t ACount, const std::string& AFile) {
+  std::fprintf(stderr, "wayfence: %s\n",
+               fmt::format("{} advertisements written to {}", ACount, AFile).c_str());
+}
+
+void ReportProblems(const TReadProblems& AProblems) {
+  for (const std::string& Problem : AProblems.First)
+    std::fprintf(stderr, "wayfence: not read: %s\n", Problem.c_str());
+  if (AProblems.Count > AProblems.First.size())
+    std::fprintf(stderr, "wayfence: and %llu places more\n",
+                 static_cast<unsigned long long>(AProblems.Count - AProblems.First.size()));
+}
+
+int ConvertRecording(const TRecordArguments& AArguments, IAdvertisementReader& AReader) {
+  CheckNotSource(AArguments.File, AArguments.From.Source);
+  const TCaptureClock Clock = AReader.HasWallTime() ? TCaptureClock::Wall : TCaptureClock::Recording;
+  const TRef<IAdvertisementWriter> Writer = CreateWriter(AArguments, Clock);
+  const std::uint64_t Count = Convert(AReader, *Writer);
+  Writer->Close();
+  Report(Count, AArguments.File);
+  ReportProblems(AReader.GetProblems());
+  return ExitDone;
+}
+
+int RecordRadio(const TRecordArguments& AArguments) {
+  const TRun Run = OpenRun(AArguments.From);
+  CatchInterrupts();
+  Run.Source->Open();
+  const TRef<IAdvertisementWriter> Writer = CreateWriter(AArguments, TCaptureClock::Wall);
+  const std::uint64_t Count = Listen(*Run.Source, *Writer, AArguments.Seconds);
+  Run.Source->Close();
+  Writer->Close();
+  Report(Count, AArguments.File);
+  return ExitDone;
+}
+
+}  // namespace
+
+int RunRecord(const TRecordArguments& AArguments) {
+  if (const TRef<IAdvertisementReader> Recording = OpenRecording(AArguments.From.Source))
+    return ConvertRecording(AArguments, *Recording);
+  return RecordRadio(AArguments);
+}
+
+}  // namespace Wayfence

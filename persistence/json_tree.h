@@ -1,0 +1,34 @@
+// JSON as a tree that knows its lines. Used by the readers of this folder only.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace System::Beacon::Fencing {
+
+/// A JSON value and where it stands.
+struct TJsonNode {
+  enum class TKind : std::uint8_t { Null, Boolean, Integer, Number, String, Array, Object };
+
+  TKind Kind = TKind::Null;
+  int Line = 0;
+  std::string Name;  ///< the member name, within an object
+  bool Boolean = false;
+  std::int64_t Integer = 0;
+  double Number = 0.0;  ///< also of an integer
+  std::string String;
+  std::vector<TJsonNode> Children;  ///< of an array or an object, in their order
+};
+
+/// Reads a text; at most `MaxJsonDepth` levels deep and `MaxJsonSize` long. Raises `EFileError`
+/// "FILE:LINE: what is wrong".
+TJsonNode ParseJson(std::string_view AText, const std::string& AFileName);
+
+inline constexpr std::size_t MaxJsonDepth = 32;
+inline constexpr std::size_t MaxJsonMembers = 256;  // of one object
+inline constexpr std::size_t MaxJsonSize = 64U << 20;
+
+}  // namespace System::Beacon::Fencing

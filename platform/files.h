@@ -1,0 +1,17 @@
+// Whole files.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace System {
+
+/// The bytes of a file. Raises `EFileError` naming the file when it cannot be read or is longer
+/// than `AMaxSize` bytes.
+std::string ReadWholeFile(const std::string& APath, std::size_t AMaxSize);
+
+/// Replaces a file as a whole, or leaves it as it was and raises `EFileError`.
+void ReplaceFile(const std::string& APath, std::string_view AContents);
+
+}  // namespace System
