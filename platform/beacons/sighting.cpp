@@ -45,10 +45,11 @@ class TEddystoneSighting final : public TSighting, public virtual IEddystoneBeac
 // ---------------------------------------------------------------- TStrengthMedian
 
 void TStrengthMedian::Add(TTicks ATime, std::int8_t ARssi) noexcept {
-  DropOlderThan(ATime - Window);
+  DropOld(ATime);
   if (FCount == Capacity) DropOldest();
   const std::size_t At = (FFirst + FCount) % Capacity;
-  FTimes[At] = ATime;
+  FNewest = ATime;
+  FTimes[At] = static_cast<std::uint32_t>(ATime);
   FValues[At] = ARssi;
   auto* const End = FSorted.data() + FCount;
   auto* const Place = std::upper_bound(FSorted.data(), End, ARssi);
@@ -58,21 +59,22 @@ void TStrengthMedian::Add(TTicks ATime, std::int8_t ARssi) noexcept {
 }
 
 bool TStrengthMedian::GetTwiceMedian(TTicks ATime, int& ATwiceMedian) noexcept {
-  DropOlderThan(ATime - Window);
+  DropOld(ATime);
   if (FCount == 0) return false;
-  ATwiceMedian = FSorted[(FCount - 1) / 2] + FSorted[FCount / 2];
+  ATwiceMedian = FSorted[(FCount - 1U) / 2] + FSorted[FCount / 2U];
   return true;
 }
 
-void TStrengthMedian::DropOlderThan(TTicks ATime) noexcept {
-  while (FCount > 0 && FTimes[FFirst] <= ATime) DropOldest();
+void TStrengthMedian::DropOld(TTicks ATime) noexcept {
+  if (ATime - FNewest >= Window) FCount = 0;
+  while (FCount > 0 && static_cast<std::uint32_t>(ATime) - FTimes[FFirst] >= Window) DropOldest();
 }
 
 void TStrengthMedian::DropOldest() noexcept {
   auto* const End = FSorted.data() + FCount;
   auto* const Place = std::lower_bound(FSorted.data(), End, FValues[FFirst]);
   std::move(Place + 1, End, Place);
-  FFirst = (FFirst + 1) % Capacity;
+  FFirst = static_cast<std::uint8_t>((FFirst + 1U) % Capacity);
   --FCount;
 }
 

@@ -12,25 +12,28 @@
 
 namespace System::Beacon {
 
-/// The median of the strengths of the last second, at most the 64 newest of them.
+/// The median of the strengths of the last second, at most the 32 newest of them. Small, so that
+/// the strengths of thousands of beacons stay in the processor's cache.
 class TStrengthMedian {
  public:
   static constexpr TTicks Window = TicksPerSecond;
 
+  /// Times do not run backwards.
   void Add(TTicks ATime, std::int8_t ARssi) noexcept;
   /// Twice the median in dBm (two middle values are averaged), as of `ATime`; false without values.
   bool GetTwiceMedian(TTicks ATime, int& ATwiceMedian) noexcept;
 
  private:
-  static constexpr std::size_t Capacity = 64;
-  void DropOlderThan(TTicks ATime) noexcept;
+  static constexpr std::size_t Capacity = 32;
+  void DropOld(TTicks ATime) noexcept;
   void DropOldest() noexcept;
 
-  std::array<TTicks, Capacity> FTimes{};
-  std::array<std::int8_t, Capacity> FValues{};  // parallel to FTimes, a ring
+  TTicks FNewest = 0;
+  std::array<std::uint32_t, Capacity> FTimes{};  // low bits; all are within a window of FNewest
+  std::array<std::int8_t, Capacity> FValues{};   // parallel to FTimes, a ring
   std::array<std::int8_t, Capacity> FSorted{};
-  std::size_t FFirst = 0;
-  std::size_t FCount = 0;
+  std::uint8_t FFirst = 0;
+  std::uint8_t FCount = 0;
 };
 
 /// One beacon that is or was present.
