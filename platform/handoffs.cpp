@@ -10,6 +10,8 @@ namespace {
 
 std::atomic<std::thread::id> MainThreadId{std::this_thread::get_id()};
 
+constexpr std::int64_t MaxWaitInMs = NoDeadline / TicksPerMillisecond;
+
 }  // namespace
 
 bool IsMainThread() noexcept {
@@ -53,6 +55,7 @@ bool THandOffQueue::ServeOne() {
     FWaiting.pop_front();
     HandOff->State = THandOff::TState::Running;
   }
+  ++FServed;
   Perform(*HandOff);
   return true;
 }
@@ -89,11 +92,6 @@ void THandOffQueue::Finish(THandOff& AHandOff, THandOff::TState AState) {
   TThreadRecord& Sender = *AHandOff.Sender;
   AHandOff.State = AState;  // from here on the hand-off may be gone
   Runtime().Unpark(Sender);
-}
-
-bool THandOffQueue::IsEmpty() const {
-  const std::lock_guard Guard(FLock);
-  return FWaiting.empty();
 }
 
 void THandOffQueue::Drop(THandOffGate& AGate) {
@@ -145,14 +143,14 @@ bool BlockUntil(TTicks ADeadline, const char* AWaitsFor, const std::function<boo
 bool ServeHandOffs(std::int64_t AMilliseconds) {
   if (!IsMainThread()) FatalError("ServeHandOffs was called outside the main thread");
   THandOffQueue& Queue = THandOffQueue::Instance();
-  bool Served = false;
-  BlockUntil(After(Ticks(), AMilliseconds * TicksPerMillisecond), "hand-offs to serve", [&] {
-    if (!Served) Served = Queue.ServeOne();
-    return Served;
-  });
-  while (Queue.ServeOne()) Served = true;
+  const std::uint64_t Before = Queue.GetServedCount();
+  const auto HasServed = [&] { return Queue.GetServedCount() != Before; };
+  const TTicks Wait = std::clamp<std::int64_t>(AMilliseconds, 0, MaxWaitInMs) * TicksPerMillisecond;
+  while (Queue.ServeOne()) continue;
+  BlockUntil(After(Ticks(), Wait), "hand-offs to serve", HasServed);
+  while (Queue.ServeOne()) continue;
   if (const std::exception_ptr Error = Queue.TakeError()) std::rethrow_exception(Error);
-  return Served;
+  return HasServed();
 }
 
 void SetHandOffHook(std::function<void()> AHook) {

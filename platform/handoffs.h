@@ -1,6 +1,7 @@
 // The queue of hand-offs to the main thread. Used by the platform only; see threads.h.
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <exception>
 #include <functional>
@@ -31,7 +32,8 @@ class THandOffQueue {
   /// Runs one waiting hand-off. Main thread only. False when none waits. What the body raises is
   /// kept for `TakeError`.
   bool ServeOne();
-  bool IsEmpty() const;
+  /// How many hand-offs have been run so far. Main thread only.
+  std::uint64_t GetServedCount() const noexcept { return FServed; }
   /// Drops what waits for a gate and releases the senders.
   void Drop(THandOffGate& AGate);
   /// Runs a body on the main thread itself, inside its gate.
@@ -56,6 +58,7 @@ class THandOffQueue {
   TThreadRecord* FMain = nullptr;
   std::function<void()> FHook;
   std::exception_ptr FError;
+  std::uint64_t FServed = 0;  // main thread only
 };
 
 }  // namespace System
