@@ -20,7 +20,8 @@ using TBytes = std::vector<std::uint8_t>;
 inline TBytes PayloadOf(std::uint32_t ANumber) {
   TBytes Result{0x02, 0x01, 0x06, 0x1A, 0xFF, 0x4C, 0x00, 0x02, 0x15};
   for (int I = 0; I < 16; ++I) Result.push_back(static_cast<std::uint8_t>(0x20 + I));
-  for (const int Shift : {24, 16, 8, 0}) Result.push_back(static_cast<std::uint8_t>(ANumber >> Shift));
+  for (const int Shift : {24, 16, 8, 0})
+    Result.push_back(static_cast<std::uint8_t>(ANumber >> Shift));
   Result.push_back(0xC5);
   return Result;
 }
@@ -45,8 +46,8 @@ inline std::optional<TPlainBeacon> DecodePlainly(std::span<const std::uint8_t> A
     Structures.emplace_back(APayload.begin() + At + 1, APayload.begin() + At + 1 + APayload[At]);
   for (const TBytes& S : Structures)
     if (S.size() == 26 && S[0] == 0xFF && S[1] == 0x4C && S[2] == 0 && S[3] == 2 && S[4] == 0x15)
-      return TPlainBeacon{TextOf(&S[5]), S[21] << 8 | S[22], S[23] << 8 | S[24],
-                          static_cast<std::int8_t>(S[25])};
+      return TPlainBeacon{
+          TextOf(&S[5]), S[21] << 8 | S[22], S[23] << 8 | S[24], static_cast<std::int8_t>(S[25])};
   return std::nullopt;
 }
 

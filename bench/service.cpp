@@ -33,7 +33,9 @@ BENCHMARK(DecodePlainly)->Name("Decode/plain");
 
 constexpr int ItemsOfOneZone = 10;
 
-std::uint32_t NumberOf(std::uint32_t AIndex) { return AIndex * 2654435761U; }
+std::uint32_t NumberOf(std::uint32_t AIndex) {
+  return AIndex * 2654435761U;
+}
 
 /// So many items with one UUID, ten to a zone.
 void Fill(TBeaconZones& AZones, int ACount) {
@@ -196,8 +198,13 @@ void Service(benchmark::State& AState) {
   }
   AState.SetItemsProcessed(AState.iterations());
 }
-BENCHMARK(Service)->Name("Service/ours")->ArgNames({"beacons", "median"})
-    ->Args({100, 0})->Args({100, 1})->Args({10000, 0})->Args({10000, 1});
+BENCHMARK(Service)
+    ->Name("Service/ours")
+    ->ArgNames({"beacons", "median"})
+    ->Args({100, 0})
+    ->Args({100, 1})
+    ->Args({10000, 0})
+    ->Args({10000, 1});
 
 void ServicePlainly(benchmark::State& AState) {
   const std::vector<Bench::TBytes> All = Payloads(static_cast<int>(AState.range(0)));
@@ -210,8 +217,13 @@ void ServicePlainly(benchmark::State& AState) {
   }
   AState.SetItemsProcessed(AState.iterations());
 }
-BENCHMARK(ServicePlainly)->Name("Service/plain")->ArgNames({"beacons", "median"})
-    ->Args({100, 0})->Args({100, 1})->Args({10000, 0})->Args({10000, 1});
+BENCHMARK(ServicePlainly)
+    ->Name("Service/plain")
+    ->ArgNames({"beacons", "median"})
+    ->Args({100, 0})
+    ->Args({100, 1})
+    ->Args({10000, 0})
+    ->Args({10000, 1});
 
 // ---------------------------------------------------------------- an event that nobody hears
 

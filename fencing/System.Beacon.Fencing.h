@@ -273,7 +273,9 @@ class TBeaconZones : public TOwnedCollection {
   const TPlace* FindLocked(const TBeaconIdentity& AKey);
   void BuildLookUp();
   template <class TReadText>
-  void SpreadBase(const std::string& AOld, const std::string& ANew, TReadText AReadText,
+  void SpreadBase(const std::string& AOld,
+                  const std::string& ANew,
+                  TReadText AReadText,
                   TTextSetter ASetText);
 
   TGUID FBaseGUID;
@@ -297,20 +299,27 @@ std::vector<TBeaconsRegion> RegionsOfZones(const TBeaconZones& AZones);
 // ---------------------------------------------------------------- events
 
 /// Used by `OnZoneEnter` and `OnZoneExit`.
-using TZoneEnterEvent = TMethod<void(TObject* ASender, const TRef<IBeacon>& ABeacon,
-                                     TBeaconZoneItem* AZoneBeacons)>;
-using TBeaconZoneEnterExitEvent =
-    TMethod<void(TObject* ASender, const TRef<IBeacon>& ABeacon, TBeaconZoneItem* AZone,
-                 TBeaconItem* ABeaconItem)>;
-using TBeaconZoneProximityEvent =
-    TMethod<void(TObject* ASender, const TRef<IBeacon>& ABeacon, TBeaconZoneItem* AZone,
-                 TBeaconItem* ABeaconItem, TBeaconProximity AProximity)>;
-using TBeaconZoneEddystoneURLEvent =
-    TMethod<void(TObject* ASender, const TRef<IBeacon>& ABeacon, TBeaconZoneItem* AZone,
-                 TBeaconItem* ABeaconItem, TEddystoneURL& AEddystoneURL)>;
-using TBeaconZoneEddystoneTLMEvent =
-    TMethod<void(TObject* ASender, const TRef<IBeacon>& ABeacon, TBeaconZoneItem* AZone,
-                 TBeaconItem* ABeaconItem, TEddystoneTLM& AEddystoneTLM)>;
+using TZoneEnterEvent =
+    TMethod<void(TObject* ASender, const TRef<IBeacon>& ABeacon, TBeaconZoneItem* AZoneBeacons)>;
+using TBeaconZoneEnterExitEvent = TMethod<void(TObject* ASender,
+                                               const TRef<IBeacon>& ABeacon,
+                                               TBeaconZoneItem* AZone,
+                                               TBeaconItem* ABeaconItem)>;
+using TBeaconZoneProximityEvent = TMethod<void(TObject* ASender,
+                                               const TRef<IBeacon>& ABeacon,
+                                               TBeaconZoneItem* AZone,
+                                               TBeaconItem* ABeaconItem,
+                                               TBeaconProximity AProximity)>;
+using TBeaconZoneEddystoneURLEvent = TMethod<void(TObject* ASender,
+                                                  const TRef<IBeacon>& ABeacon,
+                                                  TBeaconZoneItem* AZone,
+                                                  TBeaconItem* ABeaconItem,
+                                                  TEddystoneURL& AEddystoneURL)>;
+using TBeaconZoneEddystoneTLMEvent = TMethod<void(TObject* ASender,
+                                                  const TRef<IBeacon>& ABeacon,
+                                                  TBeaconZoneItem* AZone,
+                                                  TBeaconItem* ABeaconItem,
+                                                  TEddystoneTLM& AEddystoneTLM)>;
 
 // ---------------------------------------------------------------- TCustomBeaconZonesFencing
 
@@ -416,15 +425,20 @@ class TCustomBeaconZonesFencing : public TComponent {
   std::vector<TBeaconsRegion> GetBeaconRegionsToMonitorize() const;
 
   // What the component installs on the beacon manager; called on the reporting thread.
-  void BeaconEnterEvent(TObject* ASender, const TRef<IBeacon>& ABeacon,
+  void BeaconEnterEvent(TObject* ASender,
+                        const TRef<IBeacon>& ABeacon,
                         const TBeaconList& ACurrentBeaconList);
-  void BeaconExitEvent(TObject* ASender, const TRef<IBeacon>& ABeacon,
+  void BeaconExitEvent(TObject* ASender,
+                       const TRef<IBeacon>& ABeacon,
                        const TBeaconList& ACurrentBeaconList);
-  void BeaconProximityChangeEvent(TObject* ASender, const TRef<IBeacon>& ABeacon,
+  void BeaconProximityChangeEvent(TObject* ASender,
+                                  const TRef<IBeacon>& ABeacon,
                                   TBeaconProximity AProximity);
-  void BeaconEddystoneURLEvent(TObject* ASender, const TRef<IBeacon>& ABeacon,
+  void BeaconEddystoneURLEvent(TObject* ASender,
+                               const TRef<IBeacon>& ABeacon,
                                const TEddystoneURL& AEddystoneURL);
-  void BeaconEddystoneTLMEvent(TObject* ASender, const TRef<IBeacon>& ABeacon,
+  void BeaconEddystoneTLMEvent(TObject* ASender,
+                               const TRef<IBeacon>& ABeacon,
                                const TEddystoneTLM& AEddystoneTLM);
 
  protected:
@@ -448,16 +462,17 @@ class TCustomBeaconZonesFencing : public TComponent {
   template <class TSignature, class TCall>
   bool Deliver(TEventSlot<TSignature>& ASlot, const TCall& ACall);
   template <class TSignature, class... TArguments>
-  bool DeliverItem(TEventSlot<TSignature>& ASlot, const TRef<IBeacon>& ABeacon,
-                   const TZoneMatch& AMatch, TArguments&... AArguments);
+  bool DeliverItem(TEventSlot<TSignature>& ASlot,
+                   const TRef<IBeacon>& ABeacon,
+                   const TZoneMatch& AMatch,
+                   TArguments&... AArguments);
   bool DeliverZone(TEventSlot<void(TObject*, const TRef<IBeacon>&, TBeaconZoneItem*)>& ASlot,
-                   const TRef<IBeacon>& ABeacon, const TZoneLink& AZone);
+                   const TRef<IBeacon>& ABeacon,
+                   const TZoneLink& AZone);
 
   TNearest FindNearest() const;
-  void ComeInside(const TRef<IBeacon>& ABeacon, const TZoneMatch& AMatch,
-                  const TNearest& ANearest);
-  void GoOutside(const TRef<IBeacon>& ABeacon, const TZoneMatch& AMatch,
-                 const TNearest& ANearest);
+  void ComeInside(const TRef<IBeacon>& ABeacon, const TZoneMatch& AMatch, const TNearest& ANearest);
+  void GoOutside(const TRef<IBeacon>& ABeacon, const TZoneMatch& AMatch, const TNearest& ANearest);
   bool IsHeldByAnother(const TRef<IBeacon>& ABeacon, const TZoneMatch& AMatch) const;
   void LeaveCurrentZone(const TRef<IBeacon>& ABeacon);
   void EnterZone(const TRef<IBeacon>& ABeacon, const TZoneLink& AZone);
@@ -480,8 +495,7 @@ class TCustomBeaconZonesFencing : public TComponent {
   std::vector<TBeaconsRegion> FLastRegisteredRegions;
   TEventSlot<void(TObject*, const TRef<IBeacon>&, TBeaconZoneItem*, TBeaconItem*)>
       FOnZoneBeaconEnter, FOnZoneBeaconExit;
-  TEventSlot<void(TObject*, const TRef<IBeacon>&, TBeaconZoneItem*, TBeaconItem*,
-                  TBeaconProximity)>
+  TEventSlot<void(TObject*, const TRef<IBeacon>&, TBeaconZoneItem*, TBeaconItem*, TBeaconProximity)>
       FOnZoneBeaconProximity;
   TEventSlot<void(TObject*, const TRef<IBeacon>&, TBeaconZoneItem*, TBeaconItem*, TEddystoneURL&)>
       FOnBeaconEddyURL;

@@ -31,7 +31,8 @@ void TBeaconInZoneList::BuildLookUp() {
   FLookUp.Clear();
   FLookUp.Reserve(2 * static_cast<std::size_t>(GetCount()));
   for (int I = 0; I < GetCount(); ++I)
-    GetItems(I)->ForEachKey([&](const TBeaconIdentity& AKey) { FLookUp.Insert(AKey, GetItems(I)); });
+    GetItems(I)->ForEachKey(
+        [&](const TBeaconIdentity& AKey) { FLookUp.Insert(AKey, GetItems(I)); });
   FLookUpVersion = FGuard->Version;
 }
 

@@ -57,7 +57,9 @@ void TBeaconItem::SetDisplayName(const std::string& AValue) {
   Changed(true);
 }
 
-std::string TBeaconItem::GetUUID() const { return GUIDToString(FUUID); }
+std::string TBeaconItem::GetUUID() const {
+  return GUIDToString(FUUID);
+}
 
 void TBeaconItem::SetUUID(const std::string& AValue) {
   if (AValue == GetUUID()) return;
@@ -89,8 +91,8 @@ void TBeaconItem::SetManufacturerID(const std::string& AValue) {
 int TBeaconItem::GetMID() const {
   int Result = -1;
   if (FManufacturerID != "-1")
-    std::from_chars(FManufacturerID.data(), FManufacturerID.data() + FManufacturerID.size(),
-                    Result, 16);
+    std::from_chars(
+        FManufacturerID.data(), FManufacturerID.data() + FManufacturerID.size(), Result, 16);
   return Result;
 }
 

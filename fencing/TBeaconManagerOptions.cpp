@@ -3,7 +3,8 @@
 
 namespace System::Beacon::Fencing {
 
-void TOptionSet::StorePositive(std::int32_t& AField, std::int32_t AValue,
+void TOptionSet::StorePositive(std::int32_t& AField,
+                               std::int32_t AValue,
                                std::string_view AMessage) {
   if (AValue == AField) return;
   if (AValue < 1) RaiseComponentError(AMessage);
@@ -16,14 +17,13 @@ const TClassInfo& TBeaconManagerOptions::ClassInfo() {
   static const TClassInfo Info{
       .Name = "System.Beacon.Fencing.Types.TBeaconManagerOptions",
       .Base = &TPersistent::ClassInfo(),
-      .Properties = {
-          Published<&T::GetBeaconDeathTime, &T::SetBeaconDeathTime>("BeaconDeathTime"),
-          Published<&T::GetScanningTime, &T::SetScanningTime>("ScanningTime"),
-          Published<&T::GetScanningSleepingTime, &T::SetScanningSleepingTime>(
-              "ScanningSleepingTime"),
-          Published<&T::GetSPC, &T::SetSPC>("SPC"),
-          Published<&T::GetCalcMode, &T::SetCalcMode>("CalcMode"),
-          Published<&T::GetMode, &T::SetMode>("Mode")}};
+      .Properties = {Published<&T::GetBeaconDeathTime, &T::SetBeaconDeathTime>("BeaconDeathTime"),
+                     Published<&T::GetScanningTime, &T::SetScanningTime>("ScanningTime"),
+                     Published<&T::GetScanningSleepingTime, &T::SetScanningSleepingTime>(
+                         "ScanningSleepingTime"),
+                     Published<&T::GetSPC, &T::SetSPC>("SPC"),
+                     Published<&T::GetCalcMode, &T::SetCalcMode>("CalcMode"),
+                     Published<&T::GetMode, &T::SetMode>("Mode")}};
   return Info;
 }
 

@@ -9,8 +9,7 @@ const TClassInfo& TBeaconZoneItem::ClassInfo() {
       .Base = &TCollectionItem::ClassInfo(),
       .Properties = {Published<&T::GetDisplayName, &T::SetDisplayName>("DisplayName"),
                      Published<&T::GetBeaconList, &T::SetBeaconList>("BeaconList"),
-                     Published<&T::GetBeaconProximity, &T::SetBeaconProximity>(
-                         "BeaconProximity")}};
+                     Published<&T::GetBeaconProximity, &T::SetBeaconProximity>("BeaconProximity")}};
   return Info;
 }
 
@@ -76,7 +75,9 @@ TBeaconProximity TBeaconZoneItem::GetSystemProximity() const noexcept {
   return static_cast<TBeaconProximity>(static_cast<int>(FBeaconProximity) + 1);
 }
 
-void TBeaconZoneItem::ItemsChanged(TObject*) { Changed(false); }
+void TBeaconZoneItem::ItemsChanged(TObject*) {
+  Changed(false);
+}
 
 void TBeaconZoneItem::AssignTo(TPersistent* ADest) {
   auto* const Dest = dynamic_cast<TBeaconZoneItem*>(ADest);

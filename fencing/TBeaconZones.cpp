@@ -14,8 +14,10 @@ TBeaconZones::TBeaconZones(TPersistent* AOwner, TCollectionItemClass AItemClass)
 // ---------------------------------------------------------------- base values
 
 template <class TReadText>
-void TBeaconZones::SpreadBase(const std::string& AOld, const std::string& ANew,
-                              TReadText AReadText, TTextSetter ASetText) {
+void TBeaconZones::SpreadBase(const std::string& AOld,
+                              const std::string& ANew,
+                              TReadText AReadText,
+                              TTextSetter ASetText) {
   for (int I = 0; I < GetCount(); ++I) {
     TBeaconInZoneList& List = *GetItems(I)->GetBeaconList();
     for (int J = 0; J < List.GetCount(); ++J)
@@ -23,28 +25,37 @@ void TBeaconZones::SpreadBase(const std::string& AOld, const std::string& ANew,
   }
 }
 
-std::string TBeaconZones::GetBaseGUID() const { return GUIDToString(FBaseGUID); }
+std::string TBeaconZones::GetBaseGUID() const {
+  return GUIDToString(FBaseGUID);
+}
 
 void TBeaconZones::SetBaseGUID(const std::string& AValue) {
   const std::string Old = GetBaseGUID();
   if (AValue == Old) return;
-  SpreadBase(Old, AValue, [](TBeaconItem& A) { return A.GetUUID(); }, &TBeaconItem::SetUUID);
+  SpreadBase(
+      Old, AValue, [](TBeaconItem& A) { return A.GetUUID(); }, &TBeaconItem::SetUUID);
   for (int I = 0; I < GetCount(); ++I) GetItems(I)->SetBaseGUID(AValue);
   FBaseGUID = StringToGUID(AValue);
 }
 
 void TBeaconZones::SetBaseEddyNamespace(const std::string& AValue) {
   if (AValue == FBaseEddyNamespace) return;
-  SpreadBase(FBaseEddyNamespace, AValue, [](TBeaconItem& A) { return A.GetEddyNamespace(); },
-             &TBeaconItem::SetEddyNamespace);
+  SpreadBase(
+      FBaseEddyNamespace,
+      AValue,
+      [](TBeaconItem& A) { return A.GetEddyNamespace(); },
+      &TBeaconItem::SetEddyNamespace);
   for (int I = 0; I < GetCount(); ++I) GetItems(I)->SetBaseEddyNamespace(AValue);
   FBaseEddyNamespace = AValue;
 }
 
 void TBeaconZones::SetBaseManufacturerID(const std::string& AValue) {
   if (AValue == FBaseManufacturerID) return;
-  SpreadBase(FBaseManufacturerID, AValue, [](TBeaconItem& A) { return A.GetManufacturerID(); },
-             &TBeaconItem::SetManufacturerID);
+  SpreadBase(
+      FBaseManufacturerID,
+      AValue,
+      [](TBeaconItem& A) { return A.GetManufacturerID(); },
+      &TBeaconItem::SetManufacturerID);
   for (int I = 0; I < GetCount(); ++I) GetItems(I)->SetBaseManufacturerID(AValue);
   FBaseManufacturerID = AValue;
 }
@@ -56,8 +67,7 @@ TBeaconZoneItem* TBeaconZones::GetZoneForBeacon(const IBeacon* ABeacon) {
   return GetZoneForBeacon(ABeacon, Ignored);
 }
 
-TBeaconZoneItem* TBeaconZones::GetZoneForBeacon(const IBeacon* ABeacon,
-                                                TBeaconItem*& ABeaconItem) {
+TBeaconZoneItem* TBeaconZones::GetZoneForBeacon(const IBeacon* ABeacon, TBeaconItem*& ABeaconItem) {
   const auto Key = ABeacon ? LookUpKeyOf(*ABeacon) : std::nullopt;
   if (!Key) return nullptr;
   const std::lock_guard Guard(FGuard->Lock);

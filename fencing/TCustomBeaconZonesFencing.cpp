@@ -17,23 +17,23 @@ constexpr const char* NoManufacturer = "-1";
 std::vector<TPropertyInfo> TCustomBeaconZonesFencing::PropertyTable(bool AIsPublished) {
   using T = TCustomBeaconZonesFencing;
   const bool P = AIsPublished;
-  return {Property<&T::GetEnabled, &T::SetEnabled>("Enabled", P),
-          Property<&T::GetZones, &T::SetZones>("Zones", P),
-          Property<&T::GetBeaconManagerOptions, &T::SetBeaconManagerOptions>(
-              "BeaconManagerOptions", P),
-          Property<&T::GetBaseBeaconGUID, &T::SetBaseBeaconGUID>("BaseBeaconGUID", P),
-          Property<&T::GetBaseManufacturerID, &T::SetBaseManufacturerID>("BaseManufacturerID", P),
-          Property<&T::GetBaseEddyNamespace, &T::SetBaseEddyNamespace>("BaseEddyNamespace", P),
-          EventProperty("OnBeaconEnter", P),
-          EventProperty("OnBeaconExit", P),
-          EventProperty("OnBeaconProximity", P),
-          EventProperty("OnBeaconEddyURL", P),
-          EventProperty("OnBeaconEddyTLM", P),
-          EventProperty("OnZoneBeaconProximity", P),
-          EventProperty("OnZoneBeaconEnter", P),
-          EventProperty("OnZoneBeaconExit", P),
-          EventProperty("OnZoneEnter", P),
-          EventProperty("OnZoneExit", P)};
+  return {
+      Property<&T::GetEnabled, &T::SetEnabled>("Enabled", P),
+      Property<&T::GetZones, &T::SetZones>("Zones", P),
+      Property<&T::GetBeaconManagerOptions, &T::SetBeaconManagerOptions>("BeaconManagerOptions", P),
+      Property<&T::GetBaseBeaconGUID, &T::SetBaseBeaconGUID>("BaseBeaconGUID", P),
+      Property<&T::GetBaseManufacturerID, &T::SetBaseManufacturerID>("BaseManufacturerID", P),
+      Property<&T::GetBaseEddyNamespace, &T::SetBaseEddyNamespace>("BaseEddyNamespace", P),
+      EventProperty("OnBeaconEnter", P),
+      EventProperty("OnBeaconExit", P),
+      EventProperty("OnBeaconProximity", P),
+      EventProperty("OnBeaconEddyURL", P),
+      EventProperty("OnBeaconEddyTLM", P),
+      EventProperty("OnZoneBeaconProximity", P),
+      EventProperty("OnZoneBeaconEnter", P),
+      EventProperty("OnZoneBeaconExit", P),
+      EventProperty("OnZoneEnter", P),
+      EventProperty("OnZoneExit", P)};
 }
 
 const TClassInfo& TCustomBeaconZonesFencing::ClassInfo() {
@@ -73,8 +73,9 @@ TCustomBeaconZonesFencing::TCustomBeaconZonesFencing(TComponent* AOwner)
 
 TCustomBeaconZonesFencing::~TCustomBeaconZonesFencing() {
   if (FGate.IsInHandler())
-    FatalError("a zone component was destroyed inside one of its own event handlers; "
-               "destroy it after the handler has returned");
+    FatalError(
+        "a zone component was destroyed inside one of its own event handlers; "
+        "destroy it after the handler has returned");
   FEnabled.store(false);
   StopScanning();
 }
@@ -139,7 +140,9 @@ TBeaconList TCustomBeaconZonesFencing::GetDetectedBeacons() const {
   return FCurrentBeaconList;
 }
 
-TRef<IBeacon> TCustomBeaconZonesFencing::GetNearestBeacon() const { return FindNearest().Beacon; }
+TRef<IBeacon> TCustomBeaconZonesFencing::GetNearestBeacon() const {
+  return FindNearest().Beacon;
+}
 
 void TCustomBeaconZonesFencing::SetSource(TRef<IAdvertisementSource> ASource) {
   FSource = std::move(ASource);

@@ -19,9 +19,8 @@ bool IsEddystone(const TBeaconItem& AItem) {
 
 TBeaconIdentity KeyOf(const TBeaconItem& AItem) {
   static constexpr std::array<std::uint8_t, 6> NoInstance{};
-  return IsEddystone(AItem)
-             ? TBeaconIdentity::OfEddystone(AItem.GetEddyUID().Namespace, NoInstance)
-             : TBeaconIdentity::OfUUID(AItem.GetGUID(), 0, 0);
+  return IsEddystone(AItem) ? TBeaconIdentity::OfEddystone(AItem.GetEddyUID().Namespace, NoInstance)
+                            : TBeaconIdentity::OfUUID(AItem.GetGUID(), 0, 0);
 }
 
 TBeaconsRegion RegionOf(const TBeaconItem& AItem) {
@@ -30,8 +29,11 @@ TBeaconsRegion RegionOf(const TBeaconItem& AItem) {
   if (IsEddystone(AItem))
     Result.EddysUIDRegion.Initialize(AItem.GetEddyUID().Namespace, AItem.GetEddyUID().Instance);
   else
-    Result.iBAltBeaconRegion.Initialize(AItem.GetGUID(), AItem.GetMajor(), AItem.GetMinor(),
-                                        AItem.GetKindofBeacon(), AItem.GetMID());
+    Result.iBAltBeaconRegion.Initialize(AItem.GetGUID(),
+                                        AItem.GetMajor(),
+                                        AItem.GetMinor(),
+                                        AItem.GetKindofBeacon(),
+                                        AItem.GetMID());
   return Result;
 }
 

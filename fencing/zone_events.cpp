@@ -32,7 +32,8 @@ bool TCustomBeaconZonesFencing::Deliver(TEventSlot<TSignature>& ASlot, const TCa
 
 template <class TSignature, class... TArguments>
 bool TCustomBeaconZonesFencing::DeliverItem(TEventSlot<TSignature>& ASlot,
-                                            const TRef<IBeacon>& ABeacon, const TZoneMatch& AMatch,
+                                            const TRef<IBeacon>& ABeacon,
+                                            const TZoneMatch& AMatch,
                                             TArguments&... AArguments) {
   return Deliver(ASlot, [&](const TMethod<TSignature>& AHandler) {
     TBeaconZoneItem* const Zone = AMatch.Zone->Get();
@@ -43,7 +44,8 @@ bool TCustomBeaconZonesFencing::DeliverItem(TEventSlot<TSignature>& ASlot,
 
 bool TCustomBeaconZonesFencing::DeliverZone(
     TEventSlot<void(TObject*, const TRef<IBeacon>&, TBeaconZoneItem*)>& ASlot,
-    const TRef<IBeacon>& ABeacon, const TZoneLink& AZone) {
+    const TRef<IBeacon>& ABeacon,
+    const TZoneLink& AZone) {
   return Deliver(ASlot, [&](const TZoneEnterEvent& AHandler) {
     if (TBeaconZoneItem* const Zone = AZone->Get()) AHandler(this, ABeacon, Zone);
   });
@@ -51,7 +53,8 @@ bool TCustomBeaconZonesFencing::DeliverZone(
 
 // ---------------------------------------------------------------- what the service reports
 
-void TCustomBeaconZonesFencing::BeaconEnterEvent(TObject* ASender, const TRef<IBeacon>& ABeacon,
+void TCustomBeaconZonesFencing::BeaconEnterEvent(TObject* ASender,
+                                                 const TRef<IBeacon>& ABeacon,
                                                  const TBeaconList& ACurrentBeaconList) {
   SetCurrentBeaconList(ACurrentBeaconList);
   if (const TZoneMatch Match = FZones->FindMatch(ABeacon.Get())) {
@@ -63,7 +66,8 @@ void TCustomBeaconZonesFencing::BeaconEnterEvent(TObject* ASender, const TRef<IB
   });
 }
 
-void TCustomBeaconZonesFencing::BeaconExitEvent(TObject* ASender, const TRef<IBeacon>& ABeacon,
+void TCustomBeaconZonesFencing::BeaconExitEvent(TObject* ASender,
+                                                const TRef<IBeacon>& ABeacon,
                                                 const TBeaconList& ACurrentBeaconList) {
   SetCurrentBeaconList(ACurrentBeaconList);
   if (const TZoneMatch Match = FZones->FindMatch(ABeacon.Get())) {
@@ -75,7 +79,8 @@ void TCustomBeaconZonesFencing::BeaconExitEvent(TObject* ASender, const TRef<IBe
   });
 }
 
-void TCustomBeaconZonesFencing::BeaconProximityChangeEvent(TObject*, const TRef<IBeacon>& ABeacon,
+void TCustomBeaconZonesFencing::BeaconProximityChangeEvent(TObject*,
+                                                           const TRef<IBeacon>& ABeacon,
                                                            TBeaconProximity AProximity) {
   if (!GetEnabled()) return;
   if (const TZoneMatch Match = FZones->FindMatch(ABeacon.Get())) {
@@ -86,12 +91,12 @@ void TCustomBeaconZonesFencing::BeaconProximityChangeEvent(TObject*, const TRef<
     else
       GoOutside(ABeacon, Match, Nearest);
   }
-  Deliver(FOnBeaconProximity, [&](const TBeaconProximityEvent& AHandler) {
-    AHandler(this, ABeacon, AProximity);
-  });
+  Deliver(FOnBeaconProximity,
+          [&](const TBeaconProximityEvent& AHandler) { AHandler(this, ABeacon, AProximity); });
 }
 
-void TCustomBeaconZonesFencing::BeaconEddystoneURLEvent(TObject*, const TRef<IBeacon>& ABeacon,
+void TCustomBeaconZonesFencing::BeaconEddystoneURLEvent(TObject*,
+                                                        const TRef<IBeacon>& ABeacon,
                                                         const TEddystoneURL& AEddystoneURL) {
   if (!GetEnabled() || !FOnBeaconEddyURL.IsAssigned()) return;
   TEddystoneURL Copy = AEddystoneURL;
@@ -99,7 +104,8 @@ void TCustomBeaconZonesFencing::BeaconEddystoneURLEvent(TObject*, const TRef<IBe
     DeliverItem(FOnBeaconEddyURL, ABeacon, Match, Copy);
 }
 
-void TCustomBeaconZonesFencing::BeaconEddystoneTLMEvent(TObject*, const TRef<IBeacon>& ABeacon,
+void TCustomBeaconZonesFencing::BeaconEddystoneTLMEvent(TObject*,
+                                                        const TRef<IBeacon>& ABeacon,
                                                         const TEddystoneTLM& AEddystoneTLM) {
   if (!GetEnabled() || !FOnBeaconEddyTLM.IsAssigned()) return;
   TEddystoneTLM Copy = AEddystoneTLM;
@@ -125,7 +131,8 @@ TCustomBeaconZonesFencing::TNearest TCustomBeaconZonesFencing::FindNearest() con
 }
 
 /// `ABeacon` is at or inside the threshold of its zone.
-void TCustomBeaconZonesFencing::ComeInside(const TRef<IBeacon>& ABeacon, const TZoneMatch& AMatch,
+void TCustomBeaconZonesFencing::ComeInside(const TRef<IBeacon>& ABeacon,
+                                           const TZoneMatch& AMatch,
                                            const TNearest& ANearest) {
   if (GetCurrentLink() == AMatch.Zone) {
     const bool IsNearest = !ANearest.Beacon || IsSame(ABeacon.Get(), ANearest.Beacon.Get());
@@ -136,7 +143,8 @@ void TCustomBeaconZonesFencing::ComeInside(const TRef<IBeacon>& ABeacon, const T
 }
 
 /// `ABeacon` is outside the threshold of its zone.
-void TCustomBeaconZonesFencing::GoOutside(const TRef<IBeacon>& ABeacon, const TZoneMatch& AMatch,
+void TCustomBeaconZonesFencing::GoOutside(const TRef<IBeacon>& ABeacon,
+                                          const TZoneMatch& AMatch,
                                           const TNearest& ANearest) {
   if (GetCurrentLink() == AMatch.Zone && AMatch.Zone != ANearest.Match.Zone &&
       !IsHeldByAnother(ABeacon, AMatch))

@@ -30,13 +30,21 @@ TValue TProperty::GetValue() const {
   return FEntry && FEntry->Get ? FEntry->Get(*FObject) : TValue();
 }
 
-std::string TProperty::GetName() const { return FEntry ? std::string(FEntry->Name) : ""; }
+std::string TProperty::GetName() const {
+  return FEntry ? std::string(FEntry->Name) : "";
+}
 
-bool TProperty::IsString() const { return FEntry && FEntry->Type->Kind == TTypeKind::String; }
+bool TProperty::IsString() const {
+  return FEntry && FEntry->Type->Kind == TTypeKind::String;
+}
 
-const TTypeInfo* TProperty::GetType() const { return FEntry ? FEntry->Type : nullptr; }
+const TTypeInfo* TProperty::GetType() const {
+  return FEntry ? FEntry->Type : nullptr;
+}
 
-bool TProperty::IsPublished() const { return FEntry && FEntry->IsPublished; }
+bool TProperty::IsPublished() const {
+  return FEntry && FEntry->IsPublished;
+}
 
 TProperties GetProperties(TObject* AObject) {
   TProperties Result;
@@ -122,7 +130,9 @@ bool TRttiUtils::TPropertyComparer::operator()(const TRef<IProperty>& A,
 TProperties TRttiUtils::Filter(const TProperties& AProperties, std::string_view AText) {
   const std::string Text = LowerCase(AText);
   TProperties Result;
-  std::copy_if(AProperties.begin(), AProperties.end(), std::back_inserter(Result),
+  std::copy_if(AProperties.begin(),
+               AProperties.end(),
+               std::back_inserter(Result),
                [&Text](const TRef<IProperty>& AProperty) {
                  return LowerCase(AProperty->GetName()).find(Text) != std::string::npos;
                });
@@ -138,9 +148,8 @@ void TRttiUtils::Sort(const std::vector<std::string>& ANames, TProperties& AProp
   TProperties Slots(ANames.size() + AProperties.size());
   for (std::size_t P = 0; P < AProperties.size(); ++P) {
     const std::string Name = AProperties[P]->GetName();
-    const auto Named = std::find_if(ANames.begin(), ANames.end(), [&Name](const std::string& A) {
-      return SameName(A, Name);
-    });
+    const auto Named = std::find_if(
+        ANames.begin(), ANames.end(), [&Name](const std::string& A) { return SameName(A, Name); });
     const auto Slot = static_cast<std::size_t>(Named - ANames.begin());
     Slots[Named != ANames.end() ? Slot : ANames.size() + P] = AProperties[P];
   }

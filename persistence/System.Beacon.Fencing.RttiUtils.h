@@ -1,7 +1,7 @@
 // One way to see an object's properties: list them in a fixed order, read and write one by name,
 // turn enumeration values into names, and make an object from its class name. Nothing here raises
-// errors of its own; what a getter or setter raises passes through. Any thread, as far as the object
-// itself allows.
+// errors of its own; what a getter or setter raises passes through. Any thread, as far as the
+// object itself allows.
 #pragma once
 
 #include <cstdint>
@@ -84,7 +84,7 @@ class TRttiContext {
   const TClassInfo* FindClass(std::string_view AQualifiedName) const;
 
  private:
-  mutable std::mutex FLock;  // guards FClasses
+  mutable std::mutex FLock;                                        // guards FClasses
   std::map<std::string, const TClassInfo*, std::less<>> FClasses;  // by lower-case name
 };
 
@@ -144,7 +144,8 @@ class TObjectInterceptor : public TObject, private ISetterObserver {
 
  protected:
   /// Called after each record; here: nothing.
-  virtual void PropertyChanged(const std::string& AProperty, const TValue& AOldValue,
+  virtual void PropertyChanged(const std::string& AProperty,
+                               const TValue& AOldValue,
                                const TValue& ANewValue);
 
  private:

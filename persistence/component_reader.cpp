@@ -23,9 +23,9 @@ class TApplier {
     enum class TPass : std::uint8_t { Plain, Collections, Enabled };
     for (const TPass Pass : {TPass::Plain, TPass::Collections, TPass::Enabled})
       for (const TJsonNode& Child : ANode.Children) {
-        const TPass Due = SameName(Child.Name, "Enabled")  ? TPass::Enabled
-                          : Child.Kind == TKind::Array ? TPass::Collections
-                                                           : TPass::Plain;
+        const TPass Due = SameName(Child.Name, "Enabled") ? TPass::Enabled
+                          : Child.Kind == TKind::Array    ? TPass::Collections
+                                                          : TPass::Plain;
         if (Due == Pass) ApplyProperty(AObject, Child, Join(APath, Child.Name));
       }
   }
@@ -33,13 +33,17 @@ class TApplier {
  private:
   void ApplyProperty(TObject& AObject, const TJsonNode& ANode, const std::string& APath) {
     const TPropertyInfo* const Property = FindProperty(AObject.GetClassInfo(), ANode.Name);
-    Expect(Property && Property->IsPublished, ANode, APath,
+    Expect(Property && Property->IsPublished,
+           ANode,
+           APath,
            "there is no such property; there are " + NamesOf(AObject.GetClassInfo()));
     if (Property->Type->Kind == TTypeKind::Object) {
       ApplyOwned(*std::get<TObject*>(Property->Get(AObject).GetData()), ANode, APath);
       return;
     }
-    Expect(Property->Type->Kind != TTypeKind::Event, ANode, APath,
+    Expect(Property->Type->Kind != TTypeKind::Event,
+           ANode,
+           APath,
            "an event cannot be set in a file; connect its handler in code");
     const TValue Value = ReadValue(*Property->Type, ANode, APath);
     try {
@@ -106,18 +110,25 @@ class TApplier {
     }
   }
 
-  TValue ReadInteger(const TTypeInfo& AType, const TJsonNode& ANode, const std::string& APath,
-                     std::int64_t AFrom, std::int64_t ATo) {
-    Expect(ANode.Kind == TKind::Integer && ANode.Integer >= AFrom && ANode.Integer <= ATo, ANode,
-           APath, fmt::format("a whole number from {} to {} is expected here", AFrom, ATo));
+  TValue ReadInteger(const TTypeInfo& AType,
+                     const TJsonNode& ANode,
+                     const std::string& APath,
+                     std::int64_t AFrom,
+                     std::int64_t ATo) {
+    Expect(ANode.Kind == TKind::Integer && ANode.Integer >= AFrom && ANode.Integer <= ATo,
+           ANode,
+           APath,
+           fmt::format("a whole number from {} to {} is expected here", AFrom, ATo));
     return TValue(AType, ANode.Integer);
   }
 
-  TValue ReadFloat(const TTypeInfo& AType, const TJsonNode& ANode, const std::string& APath,
+  TValue ReadFloat(const TTypeInfo& AType,
+                   const TJsonNode& ANode,
+                   const std::string& APath,
                    double ALargest) {
     const bool IsNumber = ANode.Kind == TKind::Integer || ANode.Kind == TKind::Number;
-    Expect(IsNumber && std::abs(ANode.Number) <= ALargest, ANode, APath,
-           "a number is expected here");
+    Expect(
+        IsNumber && std::abs(ANode.Number) <= ALargest, ANode, APath, "a number is expected here");
     return TValue(AType, ANode.Number);
   }
 
@@ -126,13 +137,17 @@ class TApplier {
     return ANode.String;
   }
 
-  std::int64_t ReadOrdinal(const TTypeInfo& AType, const TJsonNode& ANode,
+  std::int64_t ReadOrdinal(const TTypeInfo& AType,
+                           const TJsonNode& ANode,
                            const std::string& APath) {
     const std::string Expected = fmt::format("one of \"{}\"", fmt::join(AType.Names, "\", \""));
     const std::string Text = ReadText(ANode, APath, Expected);
-    const auto Found = std::find_if(AType.Names.begin(), AType.Names.end(),
+    const auto Found = std::find_if(AType.Names.begin(),
+                                    AType.Names.end(),
                                     [&Text](std::string_view A) { return SameName(A, Text); });
-    Expect(Found != AType.Names.end(), ANode, APath,
+    Expect(Found != AType.Names.end(),
+           ANode,
+           APath,
            fmt::format("{} is expected here, not \"{}\"", Expected, Text));
     return Found - AType.Names.begin();
   }
@@ -147,7 +162,9 @@ class TApplier {
 
   TValue ReadColor(const TTypeInfo& AType, const TJsonNode& ANode, const std::string& APath) {
     TAlphaColor Color;
-    Expect(TryStringToColor(ReadText(ANode, APath, "a colour \"#AARRGGBB\""), Color), ANode, APath,
+    Expect(TryStringToColor(ReadText(ANode, APath, "a colour \"#AARRGGBB\""), Color),
+           ANode,
+           APath,
            "a colour \"#AARRGGBB\" is expected here");
     return TValue(AType, Color);
   }
@@ -165,11 +182,14 @@ class TApplier {
     return fmt::format("{}", fmt::join(Names, ", "));
   }
 
-  void Expect(bool AIsTrue, const TJsonNode& ANode, const std::string& APath,
+  void Expect(bool AIsTrue,
+              const TJsonNode& ANode,
+              const std::string& APath,
               const std::string& AMessage) const {
     if (!AIsTrue) Refuse(ANode, APath, AMessage);
   }
-  [[noreturn]] void Refuse(const TJsonNode& ANode, const std::string& APath,
+  [[noreturn]] void Refuse(const TJsonNode& ANode,
+                           const std::string& APath,
                            const std::string& AMessage) const {
     const std::string Path = APath.empty() ? "" : APath + ": ";
     throw EFileError(fmt::format("{}:{}: {}{}", FFileName, ANode.Line, Path, AMessage));
@@ -178,12 +198,13 @@ class TApplier {
   const std::string& FFileName;
 };
 
-void TryOnAnother(const TComponent& AComponent, const TJsonNode& ATree,
+void TryOnAnother(const TComponent& AComponent,
+                  const TJsonNode& ATree,
                   const std::string& AFileName) {
   const TClassInfo& Class = AComponent.GetClassInfo();
   if (!Class.CreateComponent)
-    throw EFileError(fmt::format("{}: a {} cannot be read from a file", AFileName,
-                                 Class.GetShortName()));
+    throw EFileError(
+        fmt::format("{}: a {} cannot be read from a file", AFileName, Class.GetShortName()));
   const std::unique_ptr<TComponent> Scratch = Class.CreateComponent(nullptr);
   Scratch->SetDesigning(true);
   TApplier(AFileName).ApplyObject(*Scratch, ATree, "");

@@ -70,7 +70,9 @@ bool IsCollection(const TValue& AValue) {
   return Object && dynamic_cast<TCollection*>(*Object);
 }
 
-void WriteProperty(TJson& AResult, const TPropertyInfo& AProperty, TObject& AObject,
+void WriteProperty(TJson& AResult,
+                   const TPropertyInfo& AProperty,
+                   TObject& AObject,
                    TObject& ADefault) {
   const TValue Value = AProperty.Get(AObject);
   const TValue Default = AProperty.Get(ADefault);

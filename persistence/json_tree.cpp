@@ -76,7 +76,8 @@ class TBuilder final : public nlohmann::json_sax<nlohmann::json> {
   bool end_object() override { return Close(); }
   bool end_array() override { return Close(); }
 
-  bool parse_error(std::size_t, const std::string& AToken,
+  bool parse_error(std::size_t,
+                   const std::string& AToken,
                    const nlohmann::detail::exception& AError) override {
     const std::string Text = AError.what();
     const std::size_t Start = Text.find("syntax error");
@@ -133,8 +134,12 @@ TJsonNode ParseJson(std::string_view AText, const std::string& AFileName) {
   int Line = 1;
   TBuilder Builder(AFileName, Line);
   const char* const First = AText.data();
-  nlohmann::json::sax_parse(TLineIterator(First, &Line), TLineIterator(First + AText.size(), &Line),
-                            &Builder, nlohmann::json::input_format_t::json, true, true);
+  nlohmann::json::sax_parse(TLineIterator(First, &Line),
+                            TLineIterator(First + AText.size(), &Line),
+                            &Builder,
+                            nlohmann::json::input_format_t::json,
+                            true,
+                            true);
   return std::move(Builder.Root);
 }
 

@@ -30,8 +30,8 @@ class TArray {
       FItems.reset();
       return;
     }
-    auto Items = FItems ? std::make_shared<std::vector<T>>(*FItems)
-                        : std::make_shared<std::vector<T>>();
+    auto Items =
+        FItems ? std::make_shared<std::vector<T>>(*FItems) : std::make_shared<std::vector<T>>();
     Items->resize(ALength);
     FItems = std::move(Items);
   }

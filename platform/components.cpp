@@ -34,7 +34,9 @@ void TPersistent::Assign(TPersistent* ASource) {
     RaiseAssignError(this);
 }
 
-void TPersistent::AssignTo(TPersistent* ADest) { RaiseAssignError(ADest); }
+void TPersistent::AssignTo(TPersistent* ADest) {
+  RaiseAssignError(ADest);
+}
 
 void TPersistent::RaiseAssignError(const TPersistent* ADest) const {
   const std::string_view Source = ADest == this ? "nil" : GetClassInfo().GetShortName();
@@ -45,12 +47,13 @@ void TPersistent::RaiseAssignError(const TPersistent* ADest) const {
 // ---------------------------------------------------------------- TCollectionItem
 
 const TClassInfo& TCollectionItem::ClassInfo() {
-  static const TClassInfo Info{.Name = "System.TCollectionItem",
-                               .Base = &TPersistent::ClassInfo()};
+  static const TClassInfo Info{.Name = "System.TCollectionItem", .Base = &TPersistent::ClassInfo()};
   return Info;
 }
 
-int TCollectionItem::GetIndex() const { return FCollection->IndexOf(this); }
+int TCollectionItem::GetIndex() const {
+  return FCollection->IndexOf(this);
+}
 
 void TCollectionItem::SetIndex(int AIndex) {
   const int Current = GetIndex();
@@ -63,7 +66,9 @@ std::string TCollectionItem::GetDisplayName() const {
   return std::string(GetClassInfo().GetShortName());
 }
 
-void TCollectionItem::SetDisplayName(const std::string&) { Changed(false); }
+void TCollectionItem::SetDisplayName(const std::string&) {
+  Changed(false);
+}
 
 void TCollectionItem::Changed(bool AAllItems) {
   if (FID < 0 || FCollection->FUpdateCount > 0) return;
@@ -79,7 +84,9 @@ const TClassInfo& TCollection::ClassInfo() {
 
 TCollection::~TCollection() = default;
 
-TCollectionItem* TCollection::Add() { return Insert(GetCount()); }
+TCollectionItem* TCollection::Add() {
+  return Insert(GetCount());
+}
 
 TCollectionItem* TCollection::Insert(int AIndex) {
   CheckIndex(AIndex, GetCount() + 1);
@@ -113,7 +120,9 @@ TCollectionItem* TCollection::GetItem(int AIndex) const {
   return FItems[static_cast<std::size_t>(AIndex)].get();
 }
 
-void TCollection::SetItem(int AIndex, TCollectionItem* AValue) { GetItem(AIndex)->Assign(AValue); }
+void TCollection::SetItem(int AIndex, TCollectionItem* AValue) {
+  GetItem(AIndex)->Assign(AValue);
+}
 
 void TCollection::EndUpdate() {
   --FUpdateCount;
@@ -140,7 +149,9 @@ void TCollection::Assign(TPersistent* ASource) {
 
 void TCollection::Update(TCollectionItem*) {}
 
-void TCollection::ChangeContents(const std::function<void()>& AChange) { AChange(); }
+void TCollection::ChangeContents(const std::function<void()>& AChange) {
+  AChange();
+}
 
 void TCollection::Changed() {
   if (FUpdateCount == 0) Update(nullptr);
@@ -148,13 +159,13 @@ void TCollection::Changed() {
 
 void TCollection::CheckIndex(int AIndex, int ALimit) const {
   if (AIndex < 0 || AIndex >= ALimit)
-    throw EComponentError(fmt::format(fmt::runtime(Messages::SListIndexError), AIndex,
-                                      GetClassInfo().GetShortName()));
+    throw EComponentError(fmt::format(
+        fmt::runtime(Messages::SListIndexError), AIndex, GetClassInfo().GetShortName()));
 }
 
 int TCollection::IndexOf(const TCollectionItem* AItem) const {
-  const auto Found = std::find_if(FItems.begin(), FItems.end(),
-                                  [AItem](const auto& AOwned) { return AOwned.get() == AItem; });
+  const auto Found = std::find_if(
+      FItems.begin(), FItems.end(), [AItem](const auto& AOwned) { return AOwned.get() == AItem; });
   return Found == FItems.end() ? -1 : static_cast<int>(Found - FItems.begin());
 }
 
@@ -207,8 +218,8 @@ TComponent::~TComponent() {
 
 TComponent* TComponent::GetComponent(int AIndex) const {
   if (AIndex < 0 || AIndex >= GetComponentCount())
-    throw EComponentError(fmt::format(fmt::runtime(Messages::SListIndexError), AIndex,
-                                      GetClassInfo().GetShortName()));
+    throw EComponentError(fmt::format(
+        fmt::runtime(Messages::SListIndexError), AIndex, GetClassInfo().GetShortName()));
   return FComponents[static_cast<std::size_t>(AIndex)];
 }
 
@@ -246,7 +257,9 @@ void TComponent::SetDesigning(bool AValue) {
     FState.Exclude(TComponentStateFlag::Designing);
 }
 
-void TComponent::Loaded() { FState.Exclude(TComponentStateFlag::Loading); }
+void TComponent::Loaded() {
+  FState.Exclude(TComponentStateFlag::Loading);
+}
 
 void TComponent::Notification(TComponent*, TOperation) {}
 

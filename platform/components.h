@@ -186,8 +186,8 @@ class TComponent : public TPersistent {
   TComponent* const FOwner;
   std::string FName;
   TComponentState FState;
-  std::vector<TComponent*> FComponents;     // owned
-  std::vector<TComponent*> FFreeNotifies;   // both directions: to be told, and telling
+  std::vector<TComponent*> FComponents;    // owned
+  std::vector<TComponent*> FFreeNotifies;  // both directions: to be told, and telling
 };
 
 }  // namespace System

@@ -8,13 +8,17 @@ namespace System {
 TRectF UnionRect(const TRectF& A, const TRectF& B) {
   if (A.IsEmpty()) return B;
   if (B.IsEmpty()) return A;
-  return {std::min(A.Left, B.Left), std::min(A.Top, B.Top), std::max(A.Right, B.Right),
+  return {std::min(A.Left, B.Left),
+          std::min(A.Top, B.Top),
+          std::max(A.Right, B.Right),
           std::max(A.Bottom, B.Bottom)};
 }
 
 TRectF IntersectRect(const TRectF& A, const TRectF& B) {
-  const TRectF Result{std::max(A.Left, B.Left), std::max(A.Top, B.Top),
-                      std::min(A.Right, B.Right), std::min(A.Bottom, B.Bottom)};
+  const TRectF Result{std::max(A.Left, B.Left),
+                      std::max(A.Top, B.Top),
+                      std::min(A.Right, B.Right),
+                      std::min(A.Bottom, B.Bottom)};
   return Result.IsEmpty() ? TRectF{} : Result;
 }
 

@@ -12,9 +12,15 @@ struct TPointF {
   bool operator==(const TPointF&) const = default;
 };
 
-constexpr TPointF operator+(TPointF A, TPointF B) { return {A.X + B.X, A.Y + B.Y}; }
-constexpr TPointF operator-(TPointF A, TPointF B) { return {A.X - B.X, A.Y - B.Y}; }
-constexpr TPointF operator*(TPointF A, float AFactor) { return {A.X * AFactor, A.Y * AFactor}; }
+constexpr TPointF operator+(TPointF A, TPointF B) {
+  return {A.X + B.X, A.Y + B.Y};
+}
+constexpr TPointF operator-(TPointF A, TPointF B) {
+  return {A.X - B.X, A.Y - B.Y};
+}
+constexpr TPointF operator*(TPointF A, float AFactor) {
+  return {A.X * AFactor, A.Y * AFactor};
+}
 
 /// A rectangle by its edges; Top is the smaller Y. Not normalised: a rectangle whose edges are
 /// the wrong way round is empty.

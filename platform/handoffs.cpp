@@ -97,8 +97,9 @@ void THandOffQueue::Finish(THandOff& AHandOff, THandOff::TState AState) {
 void THandOffQueue::Drop(THandOffGate& AGate) {
   const std::lock_guard Guard(FLock);
   const auto Dropped =
-      std::stable_partition(FWaiting.begin(), FWaiting.end(),
-                            [&AGate](const THandOff* AWaiting) { return AWaiting->Gate != &AGate; });
+      std::stable_partition(FWaiting.begin(), FWaiting.end(), [&AGate](const THandOff* AWaiting) {
+        return AWaiting->Gate != &AGate;
+      });
   for (auto I = Dropped; I != FWaiting.end(); ++I) {
     TThreadRecord& Sender = *(*I)->Sender;
     (*I)->State = THandOff::TState::Dropped;
@@ -159,12 +160,15 @@ void SetHandOffHook(std::function<void()> AHook) {
 
 THandOffGate::~THandOffGate() {
   if (IsInHandler())
-    FatalError("a component was destroyed inside one of its own event handlers; "
-               "destroy it after the handler has returned");
+    FatalError(
+        "a component was destroyed inside one of its own event handlers; "
+        "destroy it after the handler has returned");
   Close();
 }
 
-void THandOffGate::Open() { FIsOpen.store(true, std::memory_order_release); }
+void THandOffGate::Open() {
+  FIsOpen.store(true, std::memory_order_release);
+}
 
 void THandOffGate::Close() {
   FIsOpen.store(false, std::memory_order_release);

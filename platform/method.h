@@ -47,8 +47,8 @@ class TMethod<void(TArguments...)> {
              std::invocable<std::remove_cvref_t<TCallable>&, TArguments...>)
   TMethod(TCallable&& ACallable)
       : FCode(&THolder<std::remove_cvref_t<TCallable>>::Code),
-        FReceiver(new THolder<std::remove_cvref_t<TCallable>>(
-            std::forward<TCallable>(ACallable))) {}
+        FReceiver(new THolder<std::remove_cvref_t<TCallable>>(std::forward<TCallable>(ACallable))) {
+  }
 
   TMethod(const TMethod& AOther) noexcept : FCode(AOther.FCode), FReceiver(AOther.FReceiver) {
     if (FCode && FCode->IsCounted) Holder()->AddRef();

@@ -21,10 +21,10 @@ class TObject {
 };
 
 /// Declares the class table of a class (defined in its .cpp) and the virtual way to it.
-#define FENCING_CLASS_INFO()                                    \
-  static const ::System::TClassInfo& ClassInfo();               \
-  const ::System::TClassInfo& GetClassInfo() const override {   \
-    return ClassInfo();                                         \
+#define FENCING_CLASS_INFO()                                  \
+  static const ::System::TClassInfo& ClassInfo();             \
+  const ::System::TClassInfo& GetClassInfo() const override { \
+    return ClassInfo();                                       \
   }
 
 }  // namespace System

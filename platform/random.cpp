@@ -51,7 +51,9 @@ std::uint64_t TRandomStream::Next() noexcept {
   return Result;
 }
 
-double TRandomStream::NextDouble() noexcept { return static_cast<double>(Next() >> 11) * 0x1p-53; }
+double TRandomStream::NextDouble() noexcept {
+  return static_cast<double>(Next() >> 11) * 0x1p-53;
+}
 
 std::uint32_t TRandomStream::NextBelow(std::uint32_t ABound) noexcept {
   return static_cast<std::uint32_t>(((Next() >> 32) * ABound) >> 32);

@@ -84,7 +84,11 @@ void UseRuntime(IRuntime* ARuntime) noexcept {
   RuntimeInUse.store(ARuntime, std::memory_order_release);
 }
 
-TTicks Ticks() noexcept { return Runtime().Ticks(); }
-double Now() noexcept { return Runtime().Now(); }
+TTicks Ticks() noexcept {
+  return Runtime().Ticks();
+}
+double Now() noexcept {
+  return Runtime().Now();
+}
 
 }  // namespace System

@@ -60,37 +60,51 @@ class TRef {
   TRef(const TRef& AOther) : TRef(AOther.FObject) {}
   TRef(TRef&& AOther) noexcept : FObject(std::exchange(AOther.FObject, nullptr)) {}
   template <class U>
-    requires std::is_convertible_v<U*, T*>
-  TRef(const TRef<U>& AOther) : TRef(static_cast<T*>(AOther.Get())) {}
-  template <class U>
-    requires std::is_convertible_v<U*, T*>
-  TRef(TRef<U>&& AOther) noexcept : FObject(AOther.Detach()) {}
-  ~TRef() {
-    if (FObject) FObject->Release();
-  }
-  TRef& operator=(TRef AOther) noexcept {
-    std::swap(FObject, AOther.FObject);
-    return *this;
-  }
+    requires std::is_convertible_v<U*, T*> TRef(const TRef<U>& AOther)
+        : TRef(static_cast<T*>(AOther.Get())) {}
+    template <class U>
+      requires std::is_convertible_v<U*, T*> TRef(TRef<U>&& AOther)
+    noexcept : FObject(AOther.Detach()) {}
+    ~TRef() {
+      if (FObject) FObject->Release();
+    }
+    TRef& operator=(TRef AOther) noexcept {
+      std::swap(FObject, AOther.FObject);
+      return *this;
+    }
 
-  T* Get() const noexcept { return FObject; }
-  T* operator->() const noexcept { return FObject; }
-  T& operator*() const noexcept { return *FObject; }
-  explicit operator bool() const noexcept { return FObject != nullptr; }
-  bool operator==(const TRef& AOther) const noexcept { return FObject == AOther.FObject; }
-  bool operator==(std::nullptr_t) const noexcept { return FObject == nullptr; }
+    T* Get() const noexcept {
+      return FObject;
+    }
+    T* operator->() const noexcept {
+      return FObject;
+    }
+    T& operator*() const noexcept {
+      return *FObject;
+    }
+    explicit operator bool() const noexcept {
+      return FObject != nullptr;
+    }
+    bool operator==(const TRef& AOther) const noexcept {
+      return FObject == AOther.FObject;
+    }
+    bool operator==(std::nullptr_t) const noexcept {
+      return FObject == nullptr;
+    }
 
-  /// Takes over a count that the caller holds.
-  static TRef Adopt(T* AObject) noexcept {
-    TRef Result;
-    Result.FObject = AObject;
-    return Result;
-  }
-  /// Hands the count to the caller and becomes empty.
-  T* Detach() noexcept { return std::exchange(FObject, nullptr); }
+    /// Takes over a count that the caller holds.
+    static TRef Adopt(T* AObject) noexcept {
+      TRef Result;
+      Result.FObject = AObject;
+      return Result;
+    }
+    /// Hands the count to the caller and becomes empty.
+    T* Detach() noexcept {
+      return std::exchange(FObject, nullptr);
+    }
 
- private:
-  T* FObject = nullptr;
+   private:
+    T* FObject = nullptr;
 };
 
 /// Makes a counted object: construct, `AfterConstruction`, hand over.

@@ -39,8 +39,8 @@ std::string_view TClassInfo::GetShortName() const {
 }
 
 bool SameName(std::string_view A, std::string_view B) noexcept {
-  return std::equal(A.begin(), A.end(), B.begin(), B.end(),
-                    [](char X, char Y) { return Lower(X) == Lower(Y); });
+  return std::equal(
+      A.begin(), A.end(), B.begin(), B.end(), [](char X, char Y) { return Lower(X) == Lower(Y); });
 }
 
 const TPropertyInfo* FindProperty(const TClassInfo& AClass, std::string_view AName) {
@@ -68,15 +68,15 @@ void RemoveSetterObserver(TObject& AObject, ISetterObserver& AObserver) {
   TObserverTable& Table = TObserverTable::Instance();
   const std::lock_guard Guard(Table.Lock);
   const auto [First, Last] = Table.Observers.equal_range(&AObject);
-  const auto Found = std::find_if(First, Last, [&AObserver](const auto& AEntry) {
-    return AEntry.second == &AObserver;
-  });
+  const auto Found = std::find_if(
+      First, Last, [&AObserver](const auto& AEntry) { return AEntry.second == &AObserver; });
   if (Found == Last) return;
   Table.Observers.erase(Found);
   --Detail::SetterObservers;
 }
 
-void Detail::TellSetterObservers(TObject& AObject, std::string_view AProperty,
+void Detail::TellSetterObservers(TObject& AObject,
+                                 std::string_view AProperty,
                                  const TValue& ANewValue) {
   const TPropertyInfo* const Property = FindProperty(AObject.GetClassInfo(), AProperty);
   if (!Property) return;

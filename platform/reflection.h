@@ -27,8 +27,25 @@ namespace System {
 // ---------------------------------------------------------------- types
 
 enum class TTypeKind : std::uint8_t {
-  Boolean, Word, Integer, Int64, Single, Double, String, Enumeration, Set, Color, GUID, Point,
-  Rect, StringPair, IntegerPair, Object, Interface, Array, Event
+  Boolean,
+  Word,
+  Integer,
+  Int64,
+  Single,
+  Double,
+  String,
+  Enumeration,
+  Set,
+  Color,
+  GUID,
+  Point,
+  Rect,
+  StringPair,
+  IntegerPair,
+  Object,
+  Interface,
+  Array,
+  Event
 };
 
 /// A value type. There is one object per type: types are equal when their addresses are.
@@ -63,9 +80,20 @@ using TIntegerPair = std::pair<std::int32_t, std::int32_t>;
 /// counted. A plain value otherwise.
 class TValue {
  public:
-  using TData = std::variant<std::monostate, bool, std::int64_t, double, std::string, TAlphaColor,
-                             TGUID, TPointF, TRectF, TStringPair, TIntegerPair, TObject*,
-                             TRef<IInterface>, std::vector<TValue>>;
+  using TData = std::variant<std::monostate,
+                             bool,
+                             std::int64_t,
+                             double,
+                             std::string,
+                             TAlphaColor,
+                             TGUID,
+                             TPointF,
+                             TRectF,
+                             TStringPair,
+                             TIntegerPair,
+                             TObject*,
+                             TRef<IInterface>,
+                             std::vector<TValue>>;
 
   TValue() = default;
   TValue(const TTypeInfo& AType, TData AData) : FType(&AType), FData(std::move(AData)) {}
@@ -153,8 +181,7 @@ TValue GetProperty(TObject& AObject) {
 template <auto AGetter, auto ASetter>
 void SetProperty(TObject& AObject, const TValue& AValue) {
   using TMember = TMemberOf<decltype(AGetter)>;
-  (static_cast<typename TMember::TClass&>(AObject).*ASetter)(
-      AValue.As<typename TMember::TType>());
+  (static_cast<typename TMember::TClass&>(AObject).*ASetter)(AValue.As<typename TMember::TType>());
 }
 
 }  // namespace Detail
@@ -163,8 +190,11 @@ void SetProperty(TObject& AObject, const TValue& AValue) {
 template <auto AGetter, auto ASetter>
 TPropertyInfo Property(std::string_view AName, bool AIsPublished) {
   using TType = typename Detail::TMemberOf<decltype(AGetter)>::TType;
-  return {AName, &TypeOf<TType>(), &Detail::GetProperty<AGetter>,
-          &Detail::SetProperty<AGetter, ASetter>, AIsPublished};
+  return {AName,
+          &TypeOf<TType>(),
+          &Detail::GetProperty<AGetter>,
+          &Detail::SetProperty<AGetter, ASetter>,
+          AIsPublished};
 }
 template <auto AGetter>
 TPropertyInfo ReadOnlyProperty(std::string_view AName, bool AIsPublished) {
@@ -221,13 +251,13 @@ struct TPlainType {
 
 }  // namespace Detail
 
-#define FENCING_PLAIN_TYPE(T, TStored, AKind, AName)                             \
-  template <>                                                                    \
-  struct TTypeOf<T> : Detail::TPlainType<T, TStored, TTypeKind::AKind> {         \
-    static const TTypeInfo& Info() {                                             \
-      static const TTypeInfo Value{TTypeKind::AKind, AName};                     \
-      return Value;                                                              \
-    }                                                                            \
+#define FENCING_PLAIN_TYPE(T, TStored, AKind, AName)                     \
+  template <>                                                            \
+  struct TTypeOf<T> : Detail::TPlainType<T, TStored, TTypeKind::AKind> { \
+    static const TTypeInfo& Info() {                                     \
+      static const TTypeInfo Value{TTypeKind::AKind, AName};             \
+      return Value;                                                      \
+    }                                                                    \
   }
 
 FENCING_PLAIN_TYPE(bool, bool, Boolean, "Boolean");
@@ -249,8 +279,8 @@ template <class TEnum>
   requires std::is_enum_v<TEnum>
 struct TTypeOf<TEnum> {
   static const TTypeInfo& Info() {
-    static const TTypeInfo Value{TTypeKind::Enumeration, TEnumNames<TEnum>::Type,
-                                 TEnumNames<TEnum>::Names};
+    static const TTypeInfo Value{
+        TTypeKind::Enumeration, TEnumNames<TEnum>::Type, TEnumNames<TEnum>::Names};
     return Value;
   }
   static TValue::TData ToData(TEnum AValue) { return static_cast<std::int64_t>(AValue); }

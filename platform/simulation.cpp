@@ -97,8 +97,9 @@ class TSimulation::TRuntime final : public IRuntime {
 
   TThreadRecord& Current() override {
     if (!CurrentThread)
-      FatalError("a thread that the simulation did not start used the platform; "
-                 "start it as a TThread");
+      FatalError(
+          "a thread that the simulation did not start used the platform; "
+          "start it as a TThread");
     return *CurrentThread;
   }
 
@@ -151,8 +152,9 @@ class TSimulation::TRuntime final : public IRuntime {
 
   std::size_t CountReady() const {
     return static_cast<std::size_t>(
-        std::count_if(FThreads.begin(), FThreads.end(),
-                      [](const auto& AThread) { return AThread->State == TState::Runnable; }));
+        std::count_if(FThreads.begin(), FThreads.end(), [](const auto& AThread) {
+          return AThread->State == TState::Runnable;
+        }));
   }
 
   void JumpToEarliestDeadline() {
@@ -169,8 +171,10 @@ class TSimulation::TRuntime final : public IRuntime {
   void ReportSilence() {
     if (FHasReported) return;
     FHasReported = true;
-    Report("the main thread has not served hand-offs for 10 s; "
-           "call ServeHandOffs, or wait with the waits of the platform", false);
+    Report(
+        "the main thread has not served hand-offs for 10 s; "
+        "call ServeHandOffs, or wait with the waits of the platform",
+        false);
   }
 
   void Report(const char* AWhat, bool AIsFatal) {
@@ -212,6 +216,8 @@ TSimulation::~TSimulation() {
   SimulationRuns.store(false);
 }
 
-bool TSimulation::IsRunning() noexcept { return SimulationRuns.load(); }
+bool TSimulation::IsRunning() noexcept {
+  return SimulationRuns.load();
+}
 
 }  // namespace System

@@ -8,8 +8,8 @@ namespace System {
 
 /// How a simulation starts.
 struct TSimulationOptions {
-  std::uint64_t Seed = 1;   ///< fixes the order of switches and every random number
-  double StartTime = 20000; ///< `Now` at the start, days since 1 January 1970
+  std::uint64_t Seed = 1;    ///< fixes the order of switches and every random number
+  double StartTime = 20000;  ///< `Now` at the start, days since 1 January 1970
 };
 
 /// While it lives, all threads of the library run simulated: one at a time, switching only where a

@@ -65,7 +65,9 @@ void TThread::Start() {
   });
 }
 
-void TThread::Terminate() noexcept { FTerminated.store(true, std::memory_order_release); }
+void TThread::Terminate() noexcept {
+  FTerminated.store(true, std::memory_order_release);
+}
 
 bool TThread::GetFinished() const noexcept {
   return !FCompletion || FCompletion->HasEnded.load(std::memory_order_acquire);
@@ -84,7 +86,8 @@ void TThread::TerminateAndWait() {
 }
 
 bool TThread::IsCurrent() const noexcept {
-  return FCompletion && FCompletion->Id.load(std::memory_order_acquire) == std::this_thread::get_id();
+  return FCompletion &&
+         FCompletion->Id.load(std::memory_order_acquire) == std::this_thread::get_id();
 }
 
 void TThread::Synchronize(const std::function<void()>& ABody) {
@@ -121,7 +124,9 @@ bool TEvent::IsSet() const noexcept {
   return FIsSet;
 }
 
-bool TEvent::WaitFor(std::int64_t AMilliseconds) { return WaitUntil(DeadlineIn(AMilliseconds)); }
+bool TEvent::WaitFor(std::int64_t AMilliseconds) {
+  return WaitUntil(DeadlineIn(AMilliseconds));
+}
 
 bool TEvent::WaitUntil(TTicks ADeadline) {
   TThreadRecord& Self = Runtime().Current();
@@ -159,7 +164,9 @@ bool TMonitor::EnterUntil(TTicks ADeadline) {
   return Result;
 }
 
-void TMonitor::Enter() { EnterUntil(NoDeadline); }
+void TMonitor::Enter() {
+  EnterUntil(NoDeadline);
+}
 
 bool TMonitor::TryEnter(std::int64_t AMilliseconds) {
   return EnterUntil(DeadlineIn(AMilliseconds));

@@ -130,7 +130,7 @@ class TEvent : public TObject {
   bool WaitUntil(TTicks ADeadline);
 
  private:
-  const char* const FName;  // static text, shown in deadlock reports
+  const char* const FName;   // static text, shown in deadlock reports
   mutable std::mutex FLock;  // guards FIsSet, FWaiting
   bool FIsSet = false;
   std::vector<TThreadRecord*> FWaiting;

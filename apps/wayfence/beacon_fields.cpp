@@ -16,8 +16,12 @@ std::string NameOfValue(TEnum AValue) {
 
 }  // namespace
 
-std::string NameOf(TKindofBeacon AKind) { return NameOfValue(AKind); }
-std::string NameOf(TBeaconProximity AProximity) { return NameOfValue(AProximity); }
+std::string NameOf(TKindofBeacon AKind) {
+  return NameOfValue(AKind);
+}
+std::string NameOf(TBeaconProximity AProximity) {
+  return NameOfValue(AProximity);
+}
 
 void AddBeacon(TJsonLine& ALine, const IBeacon& ABeacon) {
   ALine.Text("address", ABeacon.GetAddress().ToText());

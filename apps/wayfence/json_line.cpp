@@ -11,8 +11,12 @@ namespace {
 std::size_t SequenceLength(std::string_view AText) {
   const auto Byte = [&AText](std::size_t I) { return static_cast<unsigned char>(AText[I]); };
   const unsigned char First = Byte(0);
-  const std::size_t Length = First < 0x80 ? 1 : First < 0xC2 ? 0 : First < 0xE0 ? 2
-                             : First < 0xF0 ? 3 : First < 0xF5 ? 4 : 0;
+  const std::size_t Length = First < 0x80   ? 1
+                             : First < 0xC2 ? 0
+                             : First < 0xE0 ? 2
+                             : First < 0xF0 ? 3
+                             : First < 0xF5 ? 4
+                                            : 0;
   if (Length == 0 || Length > AText.size()) return 0;
   for (std::size_t I = 1; I < Length; ++I)
     if ((Byte(I) & 0xC0) != 0x80) return 0;
@@ -64,6 +68,8 @@ TJsonLine& TJsonLine::Json(std::string_view AName, std::string_view AValue) {
   return *this;
 }
 
-void TJsonLine::Print() const { std::printf("%s\n", ToText().c_str()); }
+void TJsonLine::Print() const {
+  std::printf("%s\n", ToText().c_str());
+}
 
 }  // namespace Wayfence

@@ -18,7 +18,8 @@ void AddSource(CLI::App& ACommand, TSourceArguments& AFrom, bool AHasSpeed = tru
   ACommand.add_option("-s,--source", AFrom.Source, SourceHelp)->capture_default_str();
   if (AHasSpeed)
     ACommand
-        .add_option("--speed", AFrom.Speed,
+        .add_option("--speed",
+                    AFrom.Speed,
                     "How fast a recording runs: 0 as fast as it can, 1 in real time")
         ->check(CLI::IsMember({"0", "1"}))
         ->capture_default_str();
@@ -36,8 +37,8 @@ void AddZones(CLI::App& AProgram, TZonesArguments& AArguments) {
   Command.add_option("FILE.json", AArguments.ComponentFile, "The component file with the zones")
       ->required();
   AddSource(Command, AArguments.From);
-  Command.add_flag("--regions", AArguments.OnlyRegions,
-                   "Print the regions that would be monitored, and stop");
+  Command.add_flag(
+      "--regions", AArguments.OnlyRegions, "Print the regions that would be monitored, and stop");
   Command.footer(
       "Example:\n"
       "  wayfence zones office.json --source walk.log\n"

@@ -63,7 +63,8 @@ std::uint64_t Listen(TWatchedSource& ASource, IAdvertisementWriter& AWriter, dou
 }
 
 void Report(std::uint64_t ACount, const std::string& AFile) {
-  std::fprintf(stderr, "wayfence: %s\n",
+  std::fprintf(stderr,
+               "wayfence: %s\n",
                fmt::format("{} advertisements written to {}", ACount, AFile).c_str());
 }
 
@@ -71,13 +72,15 @@ void ReportProblems(const TReadProblems& AProblems) {
   for (const std::string& Problem : AProblems.First)
     std::fprintf(stderr, "wayfence: not read: %s\n", Problem.c_str());
   if (AProblems.Count > AProblems.First.size())
-    std::fprintf(stderr, "wayfence: and %llu places more\n",
+    std::fprintf(stderr,
+                 "wayfence: and %llu places more\n",
                  static_cast<unsigned long long>(AProblems.Count - AProblems.First.size()));
 }
 
 int ConvertRecording(const TRecordArguments& AArguments, IAdvertisementReader& AReader) {
   CheckNotSource(AArguments.File, AArguments.From.Source);
-  const TCaptureClock Clock = AReader.HasWallTime() ? TCaptureClock::Wall : TCaptureClock::Recording;
+  const TCaptureClock Clock =
+      AReader.HasWallTime() ? TCaptureClock::Wall : TCaptureClock::Recording;
   const TRef<IAdvertisementWriter> Writer = CreateWriter(AArguments, Clock);
   const std::uint64_t Count = Convert(AReader, *Writer);
   Writer->Close();

@@ -25,7 +25,9 @@ namespace {
 class TScanOutput {
  public:
   virtual ~TScanOutput() = default;
-  virtual void Add(const TJsonLine& ALine, const IBeacon* ABeacon, const std::string& AExtra,
+  virtual void Add(const TJsonLine& ALine,
+                   const IBeacon* ABeacon,
+                   const std::string& AExtra,
                    double ASeconds) = 0;
   virtual void Finish() {}
 };
@@ -40,7 +42,9 @@ class TLineOutput final : public TScanOutput {
 /// One row a beacon, redrawn twice a second.
 class TTableOutput final : public TScanOutput {
  public:
-  void Add(const TJsonLine&, const IBeacon* ABeacon, const std::string& AExtra,
+  void Add(const TJsonLine&,
+           const IBeacon* ABeacon,
+           const std::string& AExtra,
            double ASeconds) override {
     if (ABeacon) Update(*ABeacon, AExtra, ASeconds);
     const auto Now = std::chrono::steady_clock::now();
@@ -75,18 +79,31 @@ class TTableOutput final : public TScanOutput {
   static std::string IdentityOf(const IBeacon& ABeacon) {
     if (const IEddystoneBeacon* const View = ABeacon.GetEddystoneView())
       return View->GetEddystoneUID().GetNamespace() + " " + View->GetEddystoneUID().GetInstance();
-    return fmt::format("{} {:5} {:5}", GUIDToString(ABeacon.GetGUID()), ABeacon.GetMajor(),
-                       ABeacon.GetMinor());
+    return fmt::format(
+        "{} {:5} {:5}", GUIDToString(ABeacon.GetGUID()), ABeacon.GetMajor(), ABeacon.GetMinor());
   }
 
   void Draw() const {
     std::string Screen = "\033[H\033[J";
-    Screen += fmt::format("{:<50} {:<9} {:<17} {:>5} {:>8} {:>7} {:>9}  {}\n", "beacon", "kind",
-                          "address", "dBm", "metres", "frames", "last (s)", "");
+    Screen += fmt::format("{:<50} {:<9} {:<17} {:>5} {:>8} {:>7} {:>9}  {}\n",
+                          "beacon",
+                          "kind",
+                          "address",
+                          "dBm",
+                          "metres",
+                          "frames",
+                          "last (s)",
+                          "");
     for (const auto& [Identity, Row] : FRows)
-      Screen += fmt::format("{:<50} {:<9} {:<17} {:>5} {:>8} {:>7} {:>9.1f}  {}\n", Identity,
-                            Row.Kind, Row.Address, Row.Rssi == UnknownRssi ? "" : std::to_string(Row.Rssi),
-                            Row.Distance, Row.Count, Row.Seconds, Row.Extra);
+      Screen += fmt::format("{:<50} {:<9} {:<17} {:>5} {:>8} {:>7} {:>9.1f}  {}\n",
+                            Identity,
+                            Row.Kind,
+                            Row.Address,
+                            Row.Rssi == UnknownRssi ? "" : std::to_string(Row.Rssi),
+                            Row.Distance,
+                            Row.Count,
+                            Row.Seconds,
+                            Row.Extra);
     std::fputs(Screen.c_str(), stdout);
     std::fflush(stdout);
   }
@@ -142,7 +159,9 @@ class TScanner {
       Line.Text("url", URL.URL);
     else
       AddTelemetry(Line, ReadTLM(AFrame.Data));
-    FOutput.Add(Line, Known == FEddystones.end() ? nullptr : Known->second.Get(), URL.URL,
+    FOutput.Add(Line,
+                Known == FEddystones.end() ? nullptr : Known->second.Get(),
+                URL.URL,
                 FSource.GetSeconds());
   }
 

@@ -95,9 +95,11 @@ void TWatchedSource::RaiseError() const {
 void TWatchedSource::ReportProblems() const {
   if (!FReader || FReader->GetProblems().Count == 0) return;
   const TReadProblems& Problems = FReader->GetProblems();
-  std::fprintf(stderr, "wayfence: %s could not be read:\n",
-               Problems.Count == 1 ? "1 place of the recording"
-                                   : fmt::format("{} places of the recording", Problems.Count).c_str());
+  std::fprintf(stderr,
+               "wayfence: %s could not be read:\n",
+               Problems.Count == 1
+                   ? "1 place of the recording"
+                   : fmt::format("{} places of the recording", Problems.Count).c_str());
   for (const std::string& Problem : Problems.First)
     std::fprintf(stderr, "wayfence:   %s\n", Problem.c_str());
 }
@@ -138,7 +140,9 @@ void CatchInterrupts() {
   std::signal(SIGTERM, Catch);
 }
 
-bool IsInterrupted() noexcept { return Interrupted != 0; }
+bool IsInterrupted() noexcept {
+  return Interrupted != 0;
+}
 
 void WaitForEnd(TRun& ARun) {
   constexpr std::int64_t LookAtInterruptsEveryMs = 100;

@@ -19,8 +19,7 @@ namespace {
 /// Prints what a zone component reports, one line an event.
 class TZonePrinter {
  public:
-  TZonePrinter(TBeaconZonesFencing& AComponent, const TWatchedSource& ASource)
-      : FSource(ASource) {
+  TZonePrinter(TBeaconZonesFencing& AComponent, const TWatchedSource& ASource) : FSource(ASource) {
     ConnectBeacons(AComponent);
     ConnectZones(AComponent);
     ConnectFrames(AComponent);
@@ -36,7 +35,8 @@ class TZonePrinter {
     AddBeacon(Result, *ABeacon);
     Result.Print();
   }
-  TJsonLine ZoneLine(std::string_view AEvent, const TBeaconZoneItem& AZone,
+  TJsonLine ZoneLine(std::string_view AEvent,
+                     const TBeaconZoneItem& AZone,
                      const IBeacon& ABeacon) const {
     TJsonLine Result = Line(AEvent);
     Result.Text("zone", AZone.GetDisplayName());
@@ -57,16 +57,22 @@ class TZonePrinter {
   }
 
   void ConnectZones(TBeaconZonesFencing& AComponent) {
-    AComponent.SetOnZoneBeaconEnter([this](TObject*, const TBeaconRef& ABeacon,
-                                           TBeaconZoneItem* AZone, TBeaconItem* AItem) {
+    AComponent.SetOnZoneBeaconEnter([this](TObject*,
+                                           const TBeaconRef& ABeacon,
+                                           TBeaconZoneItem* AZone,
+                                           TBeaconItem* AItem) {
       ZoneLine("ZoneBeaconEnter", *AZone, *ABeacon).Text("item", AItem->GetDisplayName()).Print();
     });
-    AComponent.SetOnZoneBeaconExit([this](TObject*, const TBeaconRef& ABeacon,
-                                          TBeaconZoneItem* AZone, TBeaconItem* AItem) {
+    AComponent.SetOnZoneBeaconExit([this](TObject*,
+                                          const TBeaconRef& ABeacon,
+                                          TBeaconZoneItem* AZone,
+                                          TBeaconItem* AItem) {
       ZoneLine("ZoneBeaconExit", *AZone, *ABeacon).Text("item", AItem->GetDisplayName()).Print();
     });
-    AComponent.SetOnZoneBeaconProximity([this](TObject*, const TBeaconRef& ABeacon,
-                                               TBeaconZoneItem* AZone, TBeaconItem* AItem,
+    AComponent.SetOnZoneBeaconProximity([this](TObject*,
+                                               const TBeaconRef& ABeacon,
+                                               TBeaconZoneItem* AZone,
+                                               TBeaconItem* AItem,
                                                TBeaconProximity) {
       ZoneLine("ZoneBeaconProximity", *AZone, *ABeacon)
           .Text("item", AItem->GetDisplayName())
@@ -81,16 +87,20 @@ class TZonePrinter {
   }
 
   void ConnectFrames(TBeaconZonesFencing& AComponent) {
-    AComponent.SetOnBeaconEddyURL([this](TObject*, const TBeaconRef& ABeacon,
-                                         TBeaconZoneItem* AZone, TBeaconItem* AItem,
+    AComponent.SetOnBeaconEddyURL([this](TObject*,
+                                         const TBeaconRef& ABeacon,
+                                         TBeaconZoneItem* AZone,
+                                         TBeaconItem* AItem,
                                          TEddystoneURL& AURL) {
       ZoneLine("EddystoneURL", *AZone, *ABeacon)
           .Text("item", AItem->GetDisplayName())
           .Text("url", AURL.URL)
           .Print();
     });
-    AComponent.SetOnBeaconEddyTLM([this](TObject*, const TBeaconRef& ABeacon,
-                                         TBeaconZoneItem* AZone, TBeaconItem* AItem,
+    AComponent.SetOnBeaconEddyTLM([this](TObject*,
+                                         const TBeaconRef& ABeacon,
+                                         TBeaconZoneItem* AZone,
+                                         TBeaconItem* AItem,
                                          TEddystoneTLM& ATLM) {
       TJsonLine Result = ZoneLine("EddystoneTLM", *AZone, *ABeacon);
       Result.Text("item", AItem->GetDisplayName());

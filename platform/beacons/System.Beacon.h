@@ -58,10 +58,10 @@ struct TEddystoneURL {
 
 /// An Eddystone telemetry frame.
 struct TEddystoneTLM {
-  std::uint16_t BatteryVoltage = 0;         ///< millivolts, 0 when not supported
-  std::optional<double> Temperature;        ///< degrees Celsius, nothing when not supported
-  std::uint32_t AdvertisementCount = 0;     ///< since the beacon was switched on
-  std::uint32_t TimeSinceBoot = 0;          ///< tenths of a second
+  std::uint16_t BatteryVoltage = 0;      ///< millivolts, 0 when not supported
+  std::optional<double> Temperature;     ///< degrees Celsius, nothing when not supported
+  std::uint32_t AdvertisementCount = 0;  ///< since the beacon was switched on
+  std::uint32_t TimeSinceBoot = 0;       ///< tenths of a second
 };
 
 // ---------------------------------------------------------------- regions
@@ -85,10 +85,15 @@ struct TEddysUIDRegion {
 /// iBeacons or AltBeacons of one UUID, perhaps of one major, perhaps of one minor.
 struct TiBAltBeaconRegion {
   void Initialize(const TGUID& AGUID, TKindofBeacon AKind, int AManufacturerID);
-  void Initialize(const TGUID& AGUID, std::uint16_t AMajor, TKindofBeacon AKind,
+  void Initialize(const TGUID& AGUID,
+                  std::uint16_t AMajor,
+                  TKindofBeacon AKind,
                   int AManufacturerID);
-  void Initialize(const TGUID& AGUID, std::uint16_t AMajor, std::uint16_t AMinor,
-                  TKindofBeacon AKind, int AManufacturerID);
+  void Initialize(const TGUID& AGUID,
+                  std::uint16_t AMajor,
+                  std::uint16_t AMinor,
+                  TKindofBeacon AKind,
+                  int AManufacturerID);
 
   TGUID GUID;
   std::optional<std::uint16_t> Major;
@@ -102,8 +107,8 @@ struct TiBAltBeaconRegion {
 /// What the service is asked to look for.
 struct TBeaconsRegion {
   TKindofBeacon KindofBeacon = TKindofBeacon::iBeaconAltBeacon;
-  TEddysUIDRegion EddysUIDRegion;          ///< when the kind is Eddystone
-  TiBAltBeaconRegion iBAltBeaconRegion;    ///< when it is not
+  TEddysUIDRegion EddysUIDRegion;        ///< when the kind is Eddystone
+  TiBAltBeaconRegion iBAltBeaconRegion;  ///< when it is not
 
   bool operator==(const TBeaconsRegion&) const = default;
 };
@@ -190,9 +195,10 @@ using TEddystoneURLEvent =
     TMethod<void(TObject* ASender, const TRef<IBeacon>& ABeacon, const TEddystoneURL& AURL)>;
 using TEddystoneTLMEvent =
     TMethod<void(TObject* ASender, const TRef<IBeacon>& ABeacon, const TEddystoneTLM& ATLM)>;
-/// Power at 1 m and strength in dBm; `ANewDistance` in metres comes in with the service's own value.
-using TCalcDistanceEvent = TMethod<void(TObject* ASender, const TRef<IBeacon>& ABeacon, int ATxPower,
-                                        int ARssi, double& ANewDistance)>;
+/// Power at 1 m and strength in dBm; `ANewDistance` in metres comes in with the service's own
+/// value.
+using TCalcDistanceEvent = TMethod<void(
+    TObject* ASender, const TRef<IBeacon>& ABeacon, int ATxPower, int ARssi, double& ANewDistance)>;
 using TSightingEvent = TMethod<void(TObject* ASender, const TRef<IBeacon>& ABeacon)>;
 using TScanErrorEvent = TMethod<void(TObject* ASender, const std::string& AMessage)>;
 
@@ -256,8 +262,8 @@ class TBeaconManager : public TObject {
   void RegisterBeacons(const TBeaconsRegion& ARegion);
   void UnRegisterBeacons(const TBeaconsRegion& ARegion);
 
-  /// Opens the source and starts the reporting thread. Raises what the source raises; the manager is
-  /// then stopped. Starting a started manager does nothing.
+  /// Opens the source and starts the reporting thread. Raises what the source raises; the manager
+  /// is then stopped. Starting a started manager does nothing.
   void StartScan();
   /// Ends scanning: when it returns, no handler is running or will be called. Called on the
   /// reporting thread itself it only asks for the end. Beacons that were present are no longer
@@ -327,14 +333,14 @@ namespace System {
 template <>
 struct TEnumNames<Beacon::TKindofBeacon> {
   static constexpr std::string_view Type = "TKindofBeacon";
-  static constexpr std::array<std::string_view, 4> Names{"iBeacon", "AltBeacon", "Eddystone",
-                                                         "iBeaconAltBeacon"};
+  static constexpr std::array<std::string_view, 4> Names{
+      "iBeacon", "AltBeacon", "Eddystone", "iBeaconAltBeacon"};
 };
 template <>
 struct TEnumNames<Beacon::TBeaconProximity> {
   static constexpr std::string_view Type = "TBeaconProximity";
-  static constexpr std::array<std::string_view, 5> Names{"Unknown", "Immediate", "Near", "Far",
-                                                         "Away"};
+  static constexpr std::array<std::string_view, 5> Names{
+      "Unknown", "Immediate", "Near", "Far", "Away"};
 };
 template <>
 struct TEnumNames<Beacon::TBeaconCalcMode> {

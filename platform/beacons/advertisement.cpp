@@ -7,8 +7,13 @@
 namespace System::Beacon {
 
 std::string TBluetoothAddress::ToText() const {
-  return fmt::format("{:02X}:{:02X}:{:02X}:{:02X}:{:02X}:{:02X}", Bytes[0], Bytes[1], Bytes[2],
-                     Bytes[3], Bytes[4], Bytes[5]);
+  return fmt::format("{:02X}:{:02X}:{:02X}:{:02X}:{:02X}:{:02X}",
+                     Bytes[0],
+                     Bytes[1],
+                     Bytes[2],
+                     Bytes[3],
+                     Bytes[4],
+                     Bytes[5]);
 }
 
 bool TBluetoothAddress::Parse(std::string_view AText, TBluetoothAddress& AAddress) noexcept {

@@ -91,7 +91,8 @@ class IAdvertisementSource : public virtual IInterface {
   /// Waits for the next advertisement, at most until `ADeadline` (of `Ticks`), and fills
   /// `AAdvertisement` when the result is `Advertisement`; its `Time` is the `Ticks` of its
   /// arrival. `Finished` is final until the source is opened again. Raises `EBeaconSourceError`
-  /// when the source has failed for good; what can heal (an adapter that comes back) does not raise.
+  /// when the source has failed for good; what can heal (an adapter that comes back) does not
+  /// raise.
   virtual TSourceResult Next(TAdvertisement& AAdvertisement, TTicks ADeadline) = 0;
   /// Makes the `Next` that waits now, or else the next one, come back at once with `Interrupted`.
   virtual void Interrupt() noexcept = 0;

@@ -12,7 +12,7 @@ enum class TOutcome : std::uint8_t { Frame, NotABeacon, Malformed };
 
 constexpr std::uint8_t ADManufacturerData = 0xFF;
 constexpr std::uint8_t ADServiceData16 = 0x16;
-constexpr std::size_t UUIDFrameSize = 25;  // company, code, UUID, major, minor, power
+constexpr std::size_t UUIDFrameSize = 25;    // company, code, UUID, major, minor, power
 constexpr int EddystoneLossAtOneMetre = 41;  // dB
 
 std::uint16_t LittleEndian16(const std::uint8_t* ABytes) noexcept {
@@ -121,11 +121,22 @@ bool TFrameReader::Next(TBeaconFrame& AFrame) noexcept {
 }
 
 bool DecodeEddystoneURL(TBytes AData, std::string& AURL) {
-  static constexpr std::string_view Schemes[] = {"http://www.", "https://www.", "http://",
-                                                 "https://"};
-  static constexpr std::string_view Endings[] = {".com/",  ".org/", ".edu/", ".net/", ".info/",
-                                                 ".biz/",  ".gov/", ".com",  ".org",  ".edu",
-                                                 ".net",   ".info", ".biz",  ".gov"};
+  static constexpr std::string_view Schemes[] = {
+      "http://www.", "https://www.", "http://", "https://"};
+  static constexpr std::string_view Endings[] = {".com/",
+                                                 ".org/",
+                                                 ".edu/",
+                                                 ".net/",
+                                                 ".info/",
+                                                 ".biz/",
+                                                 ".gov/",
+                                                 ".com",
+                                                 ".org",
+                                                 ".edu",
+                                                 ".net",
+                                                 ".info",
+                                                 ".biz",
+                                                 ".gov"};
   if (AData.empty() || AData[0] >= std::size(Schemes)) return false;
   std::string Result(Schemes[AData[0]]);
   for (const std::uint8_t Byte : AData.subspan(1)) {

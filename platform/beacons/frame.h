@@ -10,7 +10,13 @@
 
 namespace System::Beacon {
 
-enum class TFrameKind : std::uint8_t { iBeacon, AltBeacon, EddystoneUID, EddystoneURL, EddystoneTLM };
+enum class TFrameKind : std::uint8_t {
+  iBeacon,
+  AltBeacon,
+  EddystoneUID,
+  EddystoneURL,
+  EddystoneTLM
+};
 
 /// Calibrated power that stands for "none".
 inline constexpr std::int8_t NoPower = 127;
@@ -18,13 +24,13 @@ inline constexpr std::int8_t NoPower = 127;
 /// One decoded frame; a view into the payload.
 struct TBeaconFrame {
   TFrameKind Kind = TFrameKind::iBeacon;
-  std::int8_t Power = NoPower;        ///< dBm at 1 m (Eddystone: what is sent, less 41 dB)
-  std::uint16_t Major = 0;            ///< iBeacon, AltBeacon
-  std::uint16_t Minor = 0;            ///< iBeacon, AltBeacon
-  std::uint16_t ManufacturerID = 0;   ///< company identifier of iBeacon and AltBeacon
-  std::uint8_t Reserved = 0;          ///< AltBeacon's manufacturer-reserved byte, 0 when not sent
-  const std::uint8_t* Id = nullptr;   ///< 16 bytes: UUID, or Eddystone namespace and instance
-  std::span<const std::uint8_t> Data; ///< EddystoneURL: scheme and text; EddystoneTLM: 12 bytes
+  std::int8_t Power = NoPower;         ///< dBm at 1 m (Eddystone: what is sent, less 41 dB)
+  std::uint16_t Major = 0;             ///< iBeacon, AltBeacon
+  std::uint16_t Minor = 0;             ///< iBeacon, AltBeacon
+  std::uint16_t ManufacturerID = 0;    ///< company identifier of iBeacon and AltBeacon
+  std::uint8_t Reserved = 0;           ///< AltBeacon's manufacturer-reserved byte, 0 when not sent
+  const std::uint8_t* Id = nullptr;    ///< 16 bytes: UUID, or Eddystone namespace and instance
+  std::span<const std::uint8_t> Data;  ///< EddystoneURL: scheme and text; EddystoneTLM: 12 bytes
 
   TGUID GetGUID() const noexcept;
 };
@@ -45,8 +51,8 @@ class TFrameReader {
   unsigned FMalformed = 0;
 };
 
-/// The text of an Eddystone URL frame's `Data` ("https://www.example.com/"); false for a scheme or a
-/// character that the format does not know.
+/// The text of an Eddystone URL frame's `Data` ("https://www.example.com/"); false for a scheme or
+/// a character that the format does not know.
 bool DecodeEddystoneURL(std::span<const std::uint8_t> AData, std::string& AURL);
 
 }  // namespace System::Beacon

@@ -21,7 +21,9 @@ struct TBeaconIdentity {
   static constexpr std::uint8_t EddystoneTag = 0xED;
 
   /// `ATag` below 0xED is the caller's: the kind where kinds are told apart, else 0.
-  static TBeaconIdentity OfUUID(const TGUID& AGUID, std::uint16_t AMajor, std::uint16_t AMinor,
+  static TBeaconIdentity OfUUID(const TGUID& AGUID,
+                                std::uint16_t AMajor,
+                                std::uint16_t AMinor,
                                 std::uint8_t ATag = 0) noexcept {
     TBeaconIdentity Result;
     std::memcpy(Result.Words.data(), AGUID.Bytes.data(), 16);

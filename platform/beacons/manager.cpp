@@ -12,19 +12,19 @@ constinit TAdvertisementSourceFactory TBeaconManager::FSourceFactory = [] {
 };
 
 struct TBeaconManager::TSettings {
-  int BeaconDeathTime = 20;         // s
-  int ScanningTime = 500;           // ms
-  int ScanningSleepingTime = 250;   // ms
+  int BeaconDeathTime = 20;        // s
+  int ScanningTime = 500;          // ms
+  int ScanningSleepingTime = 250;  // ms
   bool GatesRecordings = false;
   float SPC = 0.5F;
   TBeaconCalcMode CalcMode = TBeaconCalcMode::Stabilized;
-  int DistanceLifetime = 5000;      // ms
+  int DistanceLifetime = 5000;  // ms
   TKindofBeacons KindofBeacons;
   std::vector<TBeaconsRegion> Regions;
 
   TTrackerSettings ForTracker() const {
-    return {BeaconDeathTime * TicksPerSecond, DistanceLifetime * TicksPerMillisecond, SPC,
-            CalcMode};
+    return {
+        BeaconDeathTime * TicksPerSecond, DistanceLifetime * TicksPerMillisecond, SPC, CalcMode};
   }
 };
 
@@ -74,7 +74,9 @@ class TBeaconManager::TReporter final : public ITrackerListener {
   bool WantsSightings() const override { return Wants.Sightings.load(std::memory_order_relaxed); }
   bool WantsDistances() const override { return Wants.Distances.load(std::memory_order_relaxed); }
   void Sighted(const TRef<IBeacon>& ABeacon) override { Call(&THandlers::Sighting, ABeacon); }
-  void CalcDistance(const TRef<IBeacon>& ABeacon, int ATxPower, int ARssi,
+  void CalcDistance(const TRef<IBeacon>& ABeacon,
+                    int ATxPower,
+                    int ARssi,
                     double& ADistance) override {
     Call(&THandlers::CalcDistance, ABeacon, ATxPower, ARssi, ADistance);
   }
@@ -113,9 +115,13 @@ TBeaconManager::TBeaconManager(TBeaconScanMode AScanMode)
       FReporter(std::make_unique<TReporter>(*this)),
       FTracker(std::make_unique<TBeaconTracker>(*FReporter)) {}
 
-TBeaconManager::~TBeaconManager() { StopScan(); }
+TBeaconManager::~TBeaconManager() {
+  StopScan();
+}
 
-void TBeaconManager::SetSource(TRef<IAdvertisementSource> ASource) { FSource = std::move(ASource); }
+void TBeaconManager::SetSource(TRef<IAdvertisementSource> ASource) {
+  FSource = std::move(ASource);
+}
 
 // ---------------------------------------------------------------- scanning
 
@@ -212,11 +218,15 @@ void TBeaconManager::WriteSetting(T TSettings::*AField, T AValue) {
   FSettingsVersion.fetch_add(1, std::memory_order_release);
 }
 
-int TBeaconManager::GetBeaconDeathTime() const { return ReadSetting(&TSettings::BeaconDeathTime); }
+int TBeaconManager::GetBeaconDeathTime() const {
+  return ReadSetting(&TSettings::BeaconDeathTime);
+}
 void TBeaconManager::SetBeaconDeathTime(int AValue) {
   WriteSetting(&TSettings::BeaconDeathTime, AValue);
 }
-int TBeaconManager::GetScanningTime() const { return ReadSetting(&TSettings::ScanningTime); }
+int TBeaconManager::GetScanningTime() const {
+  return ReadSetting(&TSettings::ScanningTime);
+}
 void TBeaconManager::SetScanningTime(int AValue) {
   WriteSetting(&TSettings::ScanningTime, AValue);
 }
@@ -226,13 +236,21 @@ int TBeaconManager::GetScanningSleepingTime() const {
 void TBeaconManager::SetScanningSleepingTime(int AValue) {
   WriteSetting(&TSettings::ScanningSleepingTime, AValue);
 }
-bool TBeaconManager::GetGatesRecordings() const { return ReadSetting(&TSettings::GatesRecordings); }
+bool TBeaconManager::GetGatesRecordings() const {
+  return ReadSetting(&TSettings::GatesRecordings);
+}
 void TBeaconManager::SetGatesRecordings(bool AValue) {
   WriteSetting(&TSettings::GatesRecordings, AValue);
 }
-float TBeaconManager::GetSPC() const { return ReadSetting(&TSettings::SPC); }
-void TBeaconManager::SetSPC(float AValue) { WriteSetting(&TSettings::SPC, AValue); }
-TBeaconCalcMode TBeaconManager::GetCalcMode() const { return ReadSetting(&TSettings::CalcMode); }
+float TBeaconManager::GetSPC() const {
+  return ReadSetting(&TSettings::SPC);
+}
+void TBeaconManager::SetSPC(float AValue) {
+  WriteSetting(&TSettings::SPC, AValue);
+}
+TBeaconCalcMode TBeaconManager::GetCalcMode() const {
+  return ReadSetting(&TSettings::CalcMode);
+}
 void TBeaconManager::SetCalcMode(TBeaconCalcMode AValue) {
   WriteSetting(&TSettings::CalcMode, AValue);
 }

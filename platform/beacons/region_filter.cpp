@@ -5,7 +5,9 @@
 namespace System::Beacon {
 namespace {
 
-TBeaconIdentity KeyOfUUID(const TGUID& AGUID) { return TBeaconIdentity::OfUUID(AGUID, 0, 0); }
+TBeaconIdentity KeyOfUUID(const TGUID& AGUID) {
+  return TBeaconIdentity::OfUUID(AGUID, 0, 0);
+}
 
 TBeaconIdentity KeyOfNamespace(std::span<const std::uint8_t, 10> ANamespace) {
   static constexpr std::array<std::uint8_t, 6> NoInstance{};
@@ -32,8 +34,8 @@ bool KindAccepts(TKindofBeacon AKind, TFrameKind AFrameKind) noexcept {
 }
 
 bool RegionAccepts(const TEddysUIDRegion& ARegion, const TBeaconFrame& AFrame) noexcept {
-  return !ARegion.HasInstance || std::equal(ARegion.UID.Instance.begin(),
-                                            ARegion.UID.Instance.end(), AFrame.Id + 10);
+  return !ARegion.HasInstance ||
+         std::equal(ARegion.UID.Instance.begin(), ARegion.UID.Instance.end(), AFrame.Id + 10);
 }
 
 bool RegionAccepts(const TiBAltBeaconRegion& ARegion, const TBeaconFrame& AFrame) noexcept {

@@ -137,7 +137,8 @@ std::optional<TBeaconIdentity> LookUpKeyOf(const IBeacon& ABeacon) {
       return TBeaconIdentity::OfEddystone(UID.Namespace, UID.Instance);
     }
   }
-  return TBeaconIdentity::OfUUID(ABeacon.GetGUID(), static_cast<std::uint16_t>(ABeacon.GetMajor()),
+  return TBeaconIdentity::OfUUID(ABeacon.GetGUID(),
+                                 static_cast<std::uint16_t>(ABeacon.GetMajor()),
                                  static_cast<std::uint16_t>(ABeacon.GetMinor()));
 }
 

@@ -17,7 +17,8 @@ void Count(std::atomic<std::uint64_t>& ACounter, std::uint64_t AMore = 1) noexce
 
 TBeaconIdentity KeyOf(const TBluetoothAddress& AAddress) noexcept {
   TBeaconIdentity Result;
-  std::copy(AAddress.Bytes.begin(), AAddress.Bytes.end(),
+  std::copy(AAddress.Bytes.begin(),
+            AAddress.Bytes.end(),
             reinterpret_cast<unsigned char*>(Result.Words.data()));
   return Result;
 }
@@ -59,8 +60,8 @@ void TDistanceTable::Assign(float ASPC) {
 }
 
 double TDistanceTable::GetDistance(int ATwiceLoss) const noexcept {
-  return FDistances[static_cast<std::size_t>(
-      std::clamp(ATwiceLoss, -MaxTwiceLoss, MaxTwiceLoss) + MaxTwiceLoss)];
+  return FDistances[static_cast<std::size_t>(std::clamp(ATwiceLoss, -MaxTwiceLoss, MaxTwiceLoss) +
+                                             MaxTwiceLoss)];
 }
 
 // ---------------------------------------------------------------- TBeaconTracker
@@ -85,7 +86,8 @@ void TBeaconTracker::Process(const TAdvertisement& AAdvertisement, TTicks ANow) 
 }
 
 void TBeaconTracker::ProcessIdentity(const TBeaconFrame& AFrame,
-                                     const TAdvertisement& AAdvertisement, TTicks ANow) {
+                                     const TAdvertisement& AAdvertisement,
+                                     TTicks ANow) {
   const TBeaconIdentity Key = Beacon::KeyOf(AFrame);
   TSighting* const* const Found = FByIdentity.Find(Key);
   if (!Found) {
@@ -95,8 +97,7 @@ void TBeaconTracker::ProcessIdentity(const TBeaconFrame& AFrame,
   TSighting& Sighting = **Found;
   if (!StillAccepts(Sighting, AFrame)) return;
   Sighting.SetTxPower(AFrame.Power);
-  if (AFrame.Kind == TFrameKind::EddystoneUID)
-    RememberAddress(Sighting, AAdvertisement.Address);
+  if (AFrame.Kind == TFrameKind::EddystoneUID) RememberAddress(Sighting, AAdvertisement.Address);
   Refresh(Sighting, AAdvertisement, ANow);
 }
 
@@ -111,8 +112,10 @@ bool TBeaconTracker::StillAccepts(TSighting& ASighting, const TBeaconFrame& AFra
   return true;
 }
 
-void TBeaconTracker::Enter(const TBeaconFrame& AFrame, const TBeaconIdentity& AKey,
-                           const TAdvertisement& AAdvertisement, TTicks ANow) {
+void TBeaconTracker::Enter(const TBeaconFrame& AFrame,
+                           const TBeaconIdentity& AKey,
+                           const TAdvertisement& AAdvertisement,
+                           TTicks ANow) {
   const TRef<TSighting> Sighting = NewSighting(AFrame);
   auto& Tracking = Sighting->Tracking;
   Tracking.Key = AKey;
@@ -133,7 +136,8 @@ void TBeaconTracker::Enter(const TBeaconFrame& AFrame, const TBeaconIdentity& AK
   FListener.BeaconEntered(Sighting, Snapshot());
 }
 
-void TBeaconTracker::Refresh(TSighting& ASighting, const TAdvertisement& AAdvertisement,
+void TBeaconTracker::Refresh(TSighting& ASighting,
+                             const TAdvertisement& AAdvertisement,
                              TTicks ANow) {
   auto& Tracking = ASighting.Tracking;
   FFresh.splice(FFresh.end(), Tracking.IsStale ? FStale : FFresh, Tracking.Place);
@@ -177,7 +181,8 @@ void TBeaconTracker::SetProximity(TSighting& ASighting) {
 }
 
 void TBeaconTracker::ProcessTelemetry(const TBeaconFrame& AFrame,
-                                      const TAdvertisement& AAdvertisement, TTicks ANow) {
+                                      const TAdvertisement& AAdvertisement,
+                                      TTicks ANow) {
   TEddystoneURL URL;
   if (AFrame.Kind == TFrameKind::EddystoneURL) {
     URL.TxPower = AFrame.Power;
@@ -280,8 +285,10 @@ TBeaconList TBeaconTracker::Snapshot() const {
 
 TScanStatistics TBeaconTracker::GetStatistics() const noexcept {
   constexpr auto Relaxed = std::memory_order_relaxed;
-  return {FCounters.Advertisements.load(Relaxed), FCounters.Frames.load(Relaxed),
-          FCounters.Sightings.load(Relaxed), FCounters.Malformed.load(Relaxed)};
+  return {FCounters.Advertisements.load(Relaxed),
+          FCounters.Frames.load(Relaxed),
+          FCounters.Sightings.load(Relaxed),
+          FCounters.Malformed.load(Relaxed)};
 }
 
 }  // namespace System::Beacon

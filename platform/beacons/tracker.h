@@ -26,7 +26,9 @@ class ITrackerListener {
   virtual bool WantsSightings() const = 0;
   virtual bool WantsDistances() const = 0;
   virtual void Sighted(const TRef<IBeacon>& ABeacon) = 0;
-  virtual void CalcDistance(const TRef<IBeacon>& ABeacon, int ATxPower, int ARssi,
+  virtual void CalcDistance(const TRef<IBeacon>& ABeacon,
+                            int ATxPower,
+                            int ARssi,
                             double& ADistance) = 0;
 
  protected:
@@ -85,13 +87,17 @@ class TBeaconTracker {
   TScanStatistics GetStatistics() const noexcept;
 
  private:
-  void ProcessIdentity(const TBeaconFrame& AFrame, const TAdvertisement& AAdvertisement,
+  void ProcessIdentity(const TBeaconFrame& AFrame,
+                       const TAdvertisement& AAdvertisement,
                        TTicks ANow);
-  void ProcessTelemetry(const TBeaconFrame& AFrame, const TAdvertisement& AAdvertisement,
+  void ProcessTelemetry(const TBeaconFrame& AFrame,
+                        const TAdvertisement& AAdvertisement,
                         TTicks ANow);
   bool StillAccepts(TSighting& ASighting, const TBeaconFrame& AFrame) const;
-  void Enter(const TBeaconFrame& AFrame, const TBeaconIdentity& AKey,
-             const TAdvertisement& AAdvertisement, TTicks ANow);
+  void Enter(const TBeaconFrame& AFrame,
+             const TBeaconIdentity& AKey,
+             const TAdvertisement& AAdvertisement,
+             TTicks ANow);
   void Refresh(TSighting& ASighting, const TAdvertisement& AAdvertisement, TTicks ANow);
   void Measure(TSighting& ASighting, std::int8_t ARssi, TTicks ANow);
   double DistanceOf(TSighting& ASighting, std::int8_t ARssi, TTicks ANow);

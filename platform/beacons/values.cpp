@@ -10,8 +10,12 @@ bool TEddystoneUID::SetNamespace(std::string_view AText) noexcept {
 bool TEddystoneUID::SetInstance(std::string_view AText) noexcept {
   return HexToBytes(AText, Instance);
 }
-std::string TEddystoneUID::GetNamespace() const { return BytesToHex(Namespace); }
-std::string TEddystoneUID::GetInstance() const { return BytesToHex(Instance); }
+std::string TEddystoneUID::GetNamespace() const {
+  return BytesToHex(Namespace);
+}
+std::string TEddystoneUID::GetInstance() const {
+  return BytesToHex(Instance);
+}
 
 void TEddysUIDRegion::Initialize(const std::array<std::uint8_t, 10>& ANamespace) {
   UID = {ANamespace, {}};
@@ -28,13 +32,18 @@ void TiBAltBeaconRegion::Initialize(const TGUID& AGUID, TKindofBeacon AKind, int
   *this = {AGUID, std::nullopt, std::nullopt, AKind, AManufacturerID};
 }
 
-void TiBAltBeaconRegion::Initialize(const TGUID& AGUID, std::uint16_t AMajor, TKindofBeacon AKind,
+void TiBAltBeaconRegion::Initialize(const TGUID& AGUID,
+                                    std::uint16_t AMajor,
+                                    TKindofBeacon AKind,
                                     int AManufacturerID) {
   *this = {AGUID, AMajor, std::nullopt, AKind, AManufacturerID};
 }
 
-void TiBAltBeaconRegion::Initialize(const TGUID& AGUID, std::uint16_t AMajor, std::uint16_t AMinor,
-                                    TKindofBeacon AKind, int AManufacturerID) {
+void TiBAltBeaconRegion::Initialize(const TGUID& AGUID,
+                                    std::uint16_t AMajor,
+                                    std::uint16_t AMinor,
+                                    TKindofBeacon AKind,
+                                    int AManufacturerID) {
   *this = {AGUID, AMajor, AMinor, AKind, AManufacturerID};
 }
 
