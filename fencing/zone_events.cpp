@@ -24,7 +24,7 @@ template <class TSignature, class TCall>
 bool TCustomBeaconZonesFencing::Deliver(TEventSlot<TSignature>& ASlot, const TCall& ACall) {
   if (!ASlot.IsAssigned()) return FGate.IsOpen();
   const auto Body = [&] {
-    const TMethod<TSignature> Handler = ASlot.Get();  // it may be replaced while it runs
+    TMethod<TSignature> Handler(ASlot.Get());  // kept: it may be replaced while it runs
     ACall(Handler);
   };
   return TThread::Synchronize(FGate, std::cref(Body));
