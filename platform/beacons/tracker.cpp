@@ -54,14 +54,12 @@ void TDistanceTable::Assign(float ASPC) {
     // Extended precision: its last bits do not depend on which instructions the processor has.
     const auto Distance = static_cast<double>(
         std::pow(10.0L, static_cast<long double>(I) / 20.0L * static_cast<long double>(ASPC)));
-    FDistances[static_cast<std::size_t>(I + MaxTwiceLoss)] =
-        std::isfinite(Distance) ? Distance : -1.0;
+    FDistances[I + MaxTwiceLoss] = std::isfinite(Distance) ? Distance : -1.0;
   }
 }
 
 double TDistanceTable::GetDistance(int ATwiceLoss) const noexcept {
-  return FDistances[static_cast<std::size_t>(std::clamp(ATwiceLoss, -MaxTwiceLoss, MaxTwiceLoss) +
-                                             MaxTwiceLoss)];
+  return FDistances[std::clamp(ATwiceLoss, -MaxTwiceLoss, MaxTwiceLoss) + MaxTwiceLoss];
 }
 
 // ---------------------------------------------------------------- TBeaconTracker
