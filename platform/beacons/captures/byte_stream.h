@@ -16,7 +16,7 @@ namespace System::Beacon {
 /// source holds. A source that fails ends there; `GetFailure` says why.
 class TByteStream {
  public:
-  static constexpr std::size_t Capacity = 128 * 1024;
+  static constexpr std::size_t Capacity = std::size_t{128} * 1024;
 
   /// `AName` is what messages call the stream.
   TByteStream(std::unique_ptr<TByteSource> ASource, std::string AName);

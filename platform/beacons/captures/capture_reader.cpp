@@ -8,7 +8,7 @@ namespace System::Beacon {
 
 namespace {
 
-constexpr TTicks YearOfUnsetClocks = 365 * 24 * 3600 * TicksPerSecond;
+constexpr TTicks YearOfUnsetClocks = TicksPerSecond * 3600 * 24 * 365;
 
 }  // namespace
 

@@ -15,7 +15,7 @@ namespace System::Beacon {
 /// Times further than this from the origin are rubbish, microseconds: 10,000,000,000 seconds.
 inline constexpr TTicks MaxCaptureTime = 10'000'000'000 * TicksPerSecond;
 /// Records and lines above this size are not looked at, bytes.
-inline constexpr std::size_t MaxRecordSize = 64 * 1024;
+inline constexpr std::size_t MaxRecordSize = std::size_t{64} * 1024;
 
 /// Base of the readers. A reader stands at its first advertisement once it is made, so that
 /// `HasWallTime` is known from the beginning. One thread at a time.

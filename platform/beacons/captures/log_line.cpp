@@ -36,6 +36,7 @@ class TLineBuilder {
   bool HasAddress() const { return FHasAddress; }
   bool HasPayload() const { return FHasPayload; }
 
+  // NOLINTBEGIN(readability-identifier-naming)
   bool null() { return FMember == TMember::Rssi ? Next() : Other(); }
   bool boolean(bool) { return Other(); }
   bool number_integer(std::int64_t AValue) { return Number(static_cast<double>(AValue)); }
@@ -58,6 +59,7 @@ class TLineBuilder {
     if (AError.id == NumberOverflow) return Fail("a number is out of range");
     return Fail(fmt::format("not a JSON object: wrong at column {}", AColumn));
   }
+  // NOLINTEND(readability-identifier-naming)
 
  private:
   bool Number(double AValue);

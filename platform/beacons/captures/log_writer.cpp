@@ -28,8 +28,8 @@ std::string LineOf(const TAdvertisement& AAdvertisement, TTicks ATime) {
   std::string Line = fmt::format(R"({{"t": {}, "address": "{}", "rssi": )",
                                  SecondsToText(ATime),
                                  AAdvertisement.Address.ToText());
-  const int Rssi = RssiFromRadio(AAdvertisement.Rssi);
-  Line += Rssi == UnknownRssi ? "null" : fmt::to_string(Rssi);
+  const std::int8_t Rssi = RssiFromRadio(AAdvertisement.Rssi);
+  Line += Rssi == UnknownRssi ? "null" : fmt::format("{}", Rssi);
   return Line + R"(, "adv": ")" + BytesToHex(AAdvertisement.Payload) + "\"}\n";
 }
 
