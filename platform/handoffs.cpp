@@ -38,7 +38,7 @@ bool THandOffQueue::Send(THandOffGate* AGate, const std::function<void()>& ABody
     if (FMain) Runtime().Unpark(*FMain);
     Hook = FHook;
   }
-  if (Hook) Hook();
+  if (Hook) KeepError(Hook);
   BlockUntil(NoDeadline, "the main thread to serve its hand-off", [&] {
     const std::lock_guard Guard(FLock);
     return HandOff.State >= THandOff::TState::Done;

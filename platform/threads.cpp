@@ -57,12 +57,17 @@ TThread::~TThread() {
 void TThread::Start() {
   if (GetStarted()) return;
   FCompletion = std::make_shared<TCompletion>();
-  FRecord = Runtime().Start(FName, [this, Completion = FCompletion] {
-    Completion->Id.store(std::this_thread::get_id(), std::memory_order_release);
-    Execute();
-    Completion->HasEnded.store(true, std::memory_order_release);
-    Completion->Ended.SetEvent();
-  });
+  try {
+    FRecord = Runtime().Start(FName, [this, Completion = FCompletion] {
+      Completion->Id.store(std::this_thread::get_id(), std::memory_order_release);
+      Execute();
+      Completion->HasEnded.store(true, std::memory_order_release);
+      Completion->Ended.SetEvent();
+    });
+  } catch (...) {
+    FCompletion.reset();
+    throw;
+  }
 }
 
 void TThread::Terminate() noexcept {
@@ -77,7 +82,8 @@ void TThread::WaitFor() {
   if (!FRecord || !FRecord->Handle.joinable()) return;
   if (IsCurrent()) FatalError("thread '" + FName + "' was made to wait for itself");
   FCompletion->Ended.WaitUntil(NoDeadline);
-  FRecord->Handle.join();
+  // A hand-off that was served meanwhile may have waited for the same thread.
+  if (FRecord->Handle.joinable()) FRecord->Handle.join();
 }
 
 void TThread::TerminateAndWait() {
@@ -86,7 +92,7 @@ void TThread::TerminateAndWait() {
 }
 
 bool TThread::IsCurrent() const noexcept {
-  return FCompletion &&
+  return !GetFinished() &&
          FCompletion->Id.load(std::memory_order_acquire) == std::this_thread::get_id();
 }
 

@@ -31,7 +31,8 @@ class TThread : public TObject {
   explicit TThread(std::string AName);
   ~TThread() override;
 
-  /// Starts a suspended thread; a started one is left alone.
+  /// Starts a suspended thread; a started one is left alone. Raises `std::system_error` when the
+  /// system gives no thread; it is then still suspended.
   void Start();
   /// Asks the thread to end; `Execute` looks at `GetTerminated`.
   void Terminate() noexcept;
@@ -58,6 +59,7 @@ class TThread : public TObject {
   static std::unique_ptr<TThread> CreateAnonymousThread(std::function<void()> ABody);
 
  protected:
+  /// What the thread does. An exception that leaves it ends the process.
   virtual void Execute() = 0;
 
  private:
@@ -83,7 +85,8 @@ bool ServeHandOffs(std::int64_t AMilliseconds = 0);
 
 /// Called on the reporting thread whenever a hand-off begins to wait, so that an application with a
 /// message loop of its own can post itself a message and call `ServeHandOffs` from it. Empty by
-/// default. Set before the first component is enabled.
+/// default. Set before the first component is enabled. What it raises is raised by the next
+/// `ServeHandOffs`.
 void SetHandOffHook(std::function<void()> AHook);
 
 /// Through which the handlers of one component are handed over. Open at creation.
