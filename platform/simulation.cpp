@@ -42,7 +42,7 @@ std::string Describe(const TThreadRecord& AThread) {
 class TSimulation::TRuntime final : public IRuntime {
  public:
   explicit TRuntime(const TSimulationOptions& AOptions)
-      : FOrder(AOptions.Seed), FStartTime(AOptions.StartTime) {
+      : FOrder(~AOptions.Seed), FStartTime(AOptions.StartTime) {
     FMain = std::make_shared<TThreadRecord>();
     FMain->Name = "main thread";
     FMain->State = TState::Running;
@@ -63,13 +63,14 @@ class TSimulation::TRuntime final : public IRuntime {
     Record->Name = AName;
     std::unique_lock Guard(FLock);
     DropEnded();
-    FThreads.push_back(Record);
+    FThreads.reserve(FThreads.size() + 1);
     Record->Handle = std::thread([this, Record, Body = std::move(ABody)] {
       CurrentThread = Record.get();
       AwaitFirstTurn(*Record);
       Body();
       End(*Record);
     });
+    FThreads.push_back(Record);
     return Record;
   }
 
@@ -193,7 +194,7 @@ class TSimulation::TRuntime final : public IRuntime {
   std::mutex FLock;  // guards all below and the simulation's part of every thread record
   std::vector<std::shared_ptr<TThreadRecord>> FThreads;  // in order of their start
   std::shared_ptr<TThreadRecord> FMain;
-  TRandomStream FOrder;
+  TRandomStream FOrder;  // independent of the numbers that `Random` draws under the same seed
   std::uint64_t FSwitches = 0;
   bool FHasReported = false;
   std::atomic<TTicks> FTicks{0};  // written under FLock, read anywhere

@@ -16,6 +16,9 @@ struct TSimulationOptions {
 /// thread blocks, in an order fixed by the seed; when every thread is blocked, time jumps to the
 /// earliest deadline. The same input and seed give the same events, bit for bit.
 ///
+/// A loop that asks again and again without blocking (`ServeHandOffs(0)`, `Sleep(0)`) keeps all
+/// others from running, and time from moving: give it a time to wait.
+///
 /// Made on the main thread before the first thread starts, and destroyed there after the last has
 /// been waited for. When every thread waits without a deadline, or a thread is left over at the
 /// end, a report of what each thread waits for goes to standard error and the process is aborted;
