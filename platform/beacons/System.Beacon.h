@@ -231,7 +231,7 @@ class TBeaconManager : public TObject {
   ~TBeaconManager() override;
 
   TBeaconScanMode GetScanMode() const noexcept { return FScanMode; }
-  /// Replaces the source. Only while not scanning.
+  /// Replaces the source; scanning stops first.
   void SetSource(TRef<IAdvertisementSource> ASource);
 
   /// Seconds without an advertisement after which a beacon is lost.
@@ -305,7 +305,7 @@ class TBeaconManager : public TObject {
 
   const TBeaconScanMode FScanMode;
   TRef<IAdvertisementSource> FSource;
-  std::unique_ptr<TReportingThread> FThread;
+  std::shared_ptr<TReportingThread> FThread;  // kept by whoever waits for it, too
   TTicks FScanStart = 0;
 
   TScanStatistics FStatisticsAtStart;

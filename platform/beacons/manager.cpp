@@ -120,6 +120,7 @@ TBeaconManager::~TBeaconManager() {
 }
 
 void TBeaconManager::SetSource(TRef<IAdvertisementSource> ASource) {
+  StopScan();
   FSource = std::move(ASource);
 }
 
@@ -133,15 +134,22 @@ void TBeaconManager::StartScan() {
   FSource->Open();
   FScanStart = Ticks();
   FStatisticsAtStart = FTracker->GetStatistics();
-  FThread = std::make_unique<TReportingThread>(*this);
-  FThread->Start();
+  FThread = std::make_shared<TReportingThread>(*this);
+  try {
+    FThread->Start();
+  } catch (...) {
+    StopScan();
+    throw;
+  }
 }
 
 void TBeaconManager::StopScan() {
   if (!FThread) return;
   StopScanLater();
   if (FThread->IsCurrent()) return;
-  FThread->WaitFor();
+  const std::shared_ptr<TReportingThread> Thread = FThread;
+  Thread->WaitFor();
+  if (FThread != Thread) return;  // stopped by a hand-off that was served meanwhile
   FThread.reset();
   FSource->Close();
   FTracker->Clear();
@@ -163,8 +171,8 @@ void TBeaconManager::Report(TThread& AThread) {
   TAdvertisement Advertisement;
   try {
     while (!AThread.GetTerminated()) {
-      UpdateSettings(SeenVersion, Settings);
       const TSourceResult Result = FSource->Next(Advertisement, FTracker->GetNextDeadline());
+      UpdateSettings(SeenVersion, Settings);
       const TTicks Now = Ticks();
       FTracker->Expire(Now);
       if (Result == TSourceResult::Finished) return;
