@@ -58,11 +58,8 @@ void TStrengthMedian::Add(TTicks ATime, std::int8_t ARssi) noexcept {
   ++FCount;
 }
 
-bool TStrengthMedian::GetTwiceMedian(TTicks ATime, int& ATwiceMedian) noexcept {
-  DropOld(ATime);
-  if (FCount == 0) return false;
-  ATwiceMedian = FSorted[(FCount - 1U) / 2] + FSorted[FCount / 2U];
-  return true;
+int TStrengthMedian::GetTwiceMedian() const noexcept {
+  return FSorted[(FCount - 1U) / 2] + FSorted[FCount / 2U];
 }
 
 void TStrengthMedian::DropOld(TTicks ATime) noexcept {

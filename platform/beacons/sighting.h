@@ -20,8 +20,9 @@ class TStrengthMedian {
 
   /// Times do not run backwards.
   void Add(TTicks ATime, std::int8_t ARssi) noexcept;
-  /// Twice the median in dBm (two middle values are averaged), as of `ATime`; false without values.
-  bool GetTwiceMedian(TTicks ATime, int& ATwiceMedian) noexcept;
+  /// Twice the median in dBm (two middle values are averaged), as of the last `Add`, which must
+  /// have been made.
+  int GetTwiceMedian() const noexcept;
 
  private:
   static constexpr std::size_t Capacity = 32;

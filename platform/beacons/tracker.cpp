@@ -89,7 +89,8 @@ void TBeaconTracker::ProcessIdentity(const TBeaconFrame& AFrame,
   const TBeaconIdentity Key = Beacon::KeyOf(AFrame);
   TSighting* const* const Found = FByIdentity.Find(Key);
   if (!Found) {
-    if (FFilter.Accepts(AFrame)) Enter(AFrame, Key, AAdvertisement, ANow);
+    if (FPresent.size() < MaxPresent && FFilter.Accepts(AFrame))
+      Enter(AFrame, Key, AAdvertisement, ANow);
     return;
   }
   TSighting& Sighting = **Found;
@@ -151,7 +152,7 @@ void TBeaconTracker::Refresh(TSighting& ASighting,
 void TBeaconTracker::Measure(TSighting& ASighting, std::int8_t ARssi, TTicks ANow) {
   ASighting.SetRssi(ARssi);
   double Distance = DistanceOf(ASighting, ARssi, ANow);
-  if (Distance >= 0.0 && ARssi != UnknownRssi && FListener.WantsDistances()) {
+  if (Distance >= 0.0 && FListener.WantsDistances()) {
     FListener.CalcDistance(TRef<IBeacon>(&ASighting), ASighting.GetTxPower(), ARssi, Distance);
     if (!(std::isfinite(Distance) && Distance >= 0.0)) Distance = -1.0;
   }
@@ -159,15 +160,15 @@ void TBeaconTracker::Measure(TSighting& ASighting, std::int8_t ARssi, TTicks ANo
 }
 
 double TBeaconTracker::DistanceOf(TSighting& ASighting, std::int8_t ARssi, TTicks ANow) {
+  if (ARssi == UnknownRssi) return -1.0;
   const int Power = ASighting.GetTxPower();
   int TwiceRssi = 2 * ARssi;
-  bool IsKnown = ARssi != UnknownRssi;
   if (FSettings.CalcMode == TBeaconCalcMode::Stabilized) {
     TStrengthMedian& Strengths = ASighting.Tracking.Strengths;
-    if (IsKnown) Strengths.Add(ANow, ARssi);
-    IsKnown = Strengths.GetTwiceMedian(ANow, TwiceRssi);
+    Strengths.Add(ANow, ARssi);
+    TwiceRssi = Strengths.GetTwiceMedian();
   }
-  if (!IsKnown || Power == NoPower) return -1.0;
+  if (Power == NoPower) return -1.0;
   return FDistances.GetDistance(2 * Power - TwiceRssi);
 }
 

@@ -65,6 +65,10 @@ TEddystoneTLM ReadTLM(std::span<const std::uint8_t> AData);
 /// One thread at a time, except for `GetStatistics`.
 class TBeaconTracker {
  public:
+  /// More beacons at once than this are not taken in: no place has as many, but a hostile radio or
+  /// recording can make up any number.
+  static constexpr std::size_t MaxPresent = 16384;
+
   explicit TBeaconTracker(ITrackerListener& AListener) : FListener(AListener) {}
   ~TBeaconTracker() { Clear(); }
 
