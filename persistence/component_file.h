@@ -28,7 +28,8 @@ void ReadComponent(TComponent& AComponent, std::string_view AText, const std::st
 /// The same from a file; raises `EFileError` when it cannot be read.
 void LoadComponentFile(TComponent& AComponent, const std::string& AFileName);
 
-/// The text that `ReadComponent` turns into an equal component.
+/// The text that `ReadComponent` turns into an equal component. Bytes of a text that are no UTF-8
+/// become U+FFFD.
 std::string WriteComponent(TComponent& AComponent);
 
 /// Writes the text to a file, which is replaced as a whole or left as it was. Raises `EFileError`.

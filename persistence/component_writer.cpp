@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 
 #include <charconv>
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "persistence/component_file.h"
@@ -12,11 +11,13 @@ namespace {
 
 using TJson = nlohmann::ordered_json;
 
-/// The double whose shortest text is the shortest text of the float.
+/// The double whose shortest text is the shortest text of the float, whatever the locale.
 double AsPrinted(float AValue) {
   std::array<char, 32> Text{};
-  std::to_chars(Text.data(), Text.data() + Text.size() - 1, AValue);
-  return std::strtod(Text.data(), nullptr);
+  const auto End = std::to_chars(Text.data(), Text.data() + Text.size(), AValue).ptr;
+  double Result = AValue;
+  std::from_chars(Text.data(), End, Result);
+  return Result;
 }
 
 TJson NamesOf(const TTypeInfo& AEnumeration, std::int64_t ABits) {
@@ -111,7 +112,8 @@ std::string WriteComponent(TComponent& AComponent) {
     throw EFileError(fmt::format("a {} cannot be written to a file", Class.GetShortName()));
   const std::unique_ptr<TComponent> Default = Class.CreateComponent(nullptr);
   Default->SetDesigning(true);
-  return WriteObject(AComponent, *Default).dump(2) + "\n";
+  const TJson Object = WriteObject(AComponent, *Default);
+  return Object.dump(2, ' ', false, TJson::error_handler_t::replace) + "\n";
 }
 
 void SaveComponentFile(TComponent& AComponent, const std::string& AFileName) {

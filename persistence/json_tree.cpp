@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "platform/errors.h"
+#include "platform/reflection.h"
 
 namespace System::Beacon::Fencing {
 namespace {
@@ -68,7 +69,7 @@ class TBuilder final : public nlohmann::json_sax<nlohmann::json> {
     if (FOpen.back()->Children.size() == MaxJsonMembers)
       Refuse(fmt::format("an object of more than {} members", MaxJsonMembers));
     for (const TJsonNode& Sibling : FOpen.back()->Children)
-      if (Sibling.Name == FKey) Refuse(fmt::format("\"{}\" stands here twice", FKey));
+      if (SameName(Sibling.Name, FKey)) Refuse(fmt::format("\"{}\" stands here twice", FKey));
     return true;
   }
   bool start_object(std::size_t) override { return Open(TJsonNode::TKind::Object); }
@@ -91,6 +92,7 @@ class TBuilder final : public nlohmann::json_sax<nlohmann::json> {
     throw EFileError(fmt::format("{}:{}: {}", FFileName, FLine, AWhat));
   }
   TJsonNode* Add(TJsonNode::TKind AKind) {
+    if (++FValues > MaxJsonValues) Refuse(fmt::format("more than {} values", MaxJsonValues));
     TJsonNode* Result = &Root;
     if (!FOpen.empty()) {
       FOpen.back()->Children.emplace_back();
@@ -122,6 +124,7 @@ class TBuilder final : public nlohmann::json_sax<nlohmann::json> {
   const std::string& FFileName;
   const int& FLine;
   std::vector<TJsonNode*> FOpen;  // only the last of siblings is ever open: pointers stay valid
+  std::size_t FValues = 0;
   std::string FKey;
   int FKeyLine = 0;
 };

@@ -23,12 +23,13 @@ struct TJsonNode {
   std::vector<TJsonNode> Children;  ///< of an array or an object, in their order
 };
 
-/// Reads a text; at most `MaxJsonDepth` levels deep and `MaxJsonSize` long. Raises `EFileError`
-/// "FILE:LINE: what is wrong".
+/// Reads a text within the bounds below. Two members of an object whose names differ in letter
+/// case only are refused like equal ones. Raises `EFileError` "FILE:LINE: what is wrong".
 TJsonNode ParseJson(std::string_view AText, const std::string& AFileName);
 
 inline constexpr std::size_t MaxJsonDepth = 32;
 inline constexpr std::size_t MaxJsonMembers = 256;  // of one object
-inline constexpr std::size_t MaxJsonSize = 64U << 20;
+inline constexpr std::size_t MaxJsonValues = 1'000'000;
+inline constexpr std::size_t MaxJsonSize = 64U << 20;  // bytes
 
 }  // namespace System::Beacon::Fencing
