@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "apps/wayfence/commands.h"
+#include "platform/errors.h"
 
 namespace {
 
@@ -26,7 +27,7 @@ void AddSource(CLI::App& ACommand, TSourceArguments& AFrom, bool AHasSpeed = tru
 }
 
 void AddSeconds(CLI::App& ACommand, double& ASeconds) {
-  ACommand.add_option("--seconds", ASeconds, "End after so many seconds; 0: when interrupted")
+  ACommand.add_option("--seconds", ASeconds, "End after so many seconds; 0: at the end, or when interrupted")
       ->check(CLI::Range(0.0, 1e9))
       ->capture_default_str();
 }
@@ -77,7 +78,10 @@ void AddRecord(CLI::App& AProgram, TRecordArguments& AArguments) {
 
 int Run(const std::function<int()>& ACommand) {
   try {
-    return ACommand();
+    const int Result = ACommand();
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+      throw System::EFileError("standard output cannot be written to; the output is incomplete");
+    return Result;
   } catch (const std::exception& Error) {
     std::fprintf(stderr, "wayfence: %s\n", Error.what());
     return ExitRefused;

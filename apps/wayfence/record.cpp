@@ -26,6 +26,11 @@ TRef<IAdvertisementWriter> CreateWriter(const TRecordArguments& AArguments, TCap
   return CreateAdvertisementLog(AArguments.File, AClock);
 }
 
+TTicks EndOf(TTicks AStart, double ASeconds) {
+  return ASeconds > 0.0 ? After(AStart, static_cast<TTicks>(ASeconds * TicksPerSecond))
+                        : NoDeadline;
+}
+
 /// A recording must not be written over itself while it is read.
 void CheckNotSource(const std::string& AFile, std::string ASource) {
   for (const char* Prefix : {"btsnoop:", "pcap:", "log:"})
@@ -35,10 +40,17 @@ void CheckNotSource(const std::string& AFile, std::string ASource) {
     throw EFileError(fmt::format("{}: this is the source itself; choose another file", AFile));
 }
 
-std::uint64_t Convert(IAdvertisementReader& AReader, IAdvertisementWriter& AWriter) {
+std::uint64_t Convert(IAdvertisementReader& AReader,
+                      IAdvertisementWriter& AWriter,
+                      double ASeconds) {
   std::uint64_t Count = 0;
+  TTicks End = NoDeadline;
   TAdvertisement Advertisement;
-  for (; AReader.Read(Advertisement); ++Count) AWriter.Write(Advertisement);
+  for (; AReader.Read(Advertisement); ++Count) {
+    if (Count == 0) End = EndOf(Advertisement.Time, ASeconds);
+    if (Advertisement.Time >= End) break;
+    AWriter.Write(Advertisement);
+  }
   return Count;
 }
 
@@ -46,8 +58,7 @@ std::uint64_t Listen(TWatchedSource& ASource, IAdvertisementWriter& AWriter, dou
   constexpr TTicks LookAtInterruptsEvery = 100 * TicksPerMillisecond;
   const TTicks Start = Ticks();
   const auto StartOnWall = static_cast<TTicks>(Now() * MicrosecondsADay);
-  const TTicks End =
-      ASeconds > 0.0 ? After(Start, static_cast<TTicks>(ASeconds * TicksPerSecond)) : NoDeadline;
+  const TTicks End = EndOf(Start, ASeconds);
   std::uint64_t Count = 0;
   TAdvertisement Advertisement;
   while (!IsInterrupted() && Ticks() < End) {
@@ -82,7 +93,7 @@ int ConvertRecording(const TRecordArguments& AArguments, IAdvertisementReader& A
   const TCaptureClock Clock =
       AReader.HasWallTime() ? TCaptureClock::Wall : TCaptureClock::Recording;
   const TRef<IAdvertisementWriter> Writer = CreateWriter(AArguments, Clock);
-  const std::uint64_t Count = Convert(AReader, *Writer);
+  const std::uint64_t Count = Convert(AReader, *Writer, AArguments.Seconds);
   Writer->Close();
   Report(Count, AArguments.File);
   ReportProblems(AReader.GetProblems());
