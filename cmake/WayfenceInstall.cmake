@@ -4,9 +4,6 @@ include(CMakePackageConfigHelpers)
 install(TARGETS wayfence EXPORT wayfenceTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-if(WAYFENCE_PROGRAM)
-  install(TARGETS wayfence_program RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-endif()
 foreach(folder platform positioning fencing persistence)
   if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${folder})
     install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/wayfence
