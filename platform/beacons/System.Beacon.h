@@ -182,7 +182,7 @@ bool IsSameBeacon(const IBeacon* A, const IBeacon* B);
 
 /// The key under which zones look a sighting up: kinds 0, 1 and 3 by UUID, major and minor (kind 3
 /// through the iBeacon view), kind 2 by namespace and instance. Nothing when the sighting does not
-/// offer the view that its kind names.
+/// offer the view that its kind names, or has a major or minor of more than 16 bits.
 std::optional<TBeaconIdentity> LookUpKeyOf(const IBeacon& ABeacon);
 
 // ---------------------------------------------------------------- the manager

@@ -1,6 +1,7 @@
 #include "platform/beacons/sighting.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace System::Beacon {
 namespace {
@@ -134,9 +135,12 @@ std::optional<TBeaconIdentity> LookUpKeyOf(const IBeacon& ABeacon) {
       return TBeaconIdentity::OfEddystone(UID.Namespace, UID.Instance);
     }
   }
-  return TBeaconIdentity::OfUUID(ABeacon.GetGUID(),
-                                 static_cast<std::uint16_t>(ABeacon.GetMajor()),
-                                 static_cast<std::uint16_t>(ABeacon.GetMinor()));
+  const int Major = ABeacon.GetMajor();
+  const int Minor = ABeacon.GetMinor();
+  if (!std::in_range<std::uint16_t>(Major) || !std::in_range<std::uint16_t>(Minor))
+    return std::nullopt;
+  return TBeaconIdentity::OfUUID(
+      ABeacon.GetGUID(), static_cast<std::uint16_t>(Major), static_cast<std::uint16_t>(Minor));
 }
 
 bool IsSameBeacon(const IBeacon* A, const IBeacon* B) {
