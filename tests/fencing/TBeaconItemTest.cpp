@@ -1,0 +1,167 @@
+#include <gtest/gtest.h>
+
+#include "fencing/System.Beacon.Fencing.h"
+#include "support/raised.h"
+
+namespace System::Beacon::Fencing {
+namespace {
+
+constexpr const char* UUID = "{2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6}";
+constexpr const char* LowerUUID = "{2f234454-cf6d-4a0f-adf2-f4911ba9ffa6}";
+constexpr const char* Namespace = "00112233445566778899";
+constexpr const char* Manufacturer = "Manufacturer ID should be -1 or a four digits hex value";
+
+/// An item in a list that counts its notifications.
+struct TListed {
+  TListed() {
+    List.SetOnChange([this](TObject*) { ++Notifications; });
+  }
+  std::string Get(const char* AProperty) {
+    return FindProperty(TBeaconItem::ClassInfo(), AProperty)->Get(Item).As<std::string>();
+  }
+  void Set(const char* AProperty, const char* AText) {
+    const TValue Value = TValue::From(std::string(AText));
+    FindProperty(TBeaconItem::ClassInfo(), AProperty)->Set(Item, Value);
+  }
+
+  TBeaconInZoneList List{nullptr};
+  TBeaconItem& Item = *List.Add();
+  int Notifications = 0;
+};
+
+TEST(TBeaconItem, ReadsTextsAndKeepsWhatItPrints) {
+  struct TCase {
+    const char* Property;
+    const char* Text;
+    const char* Printed;
+  };
+  for (const TCase& C : {TCase{"UUID", LowerUUID, UUID},
+                         {"ManufacturerID", "-1", "-1"},
+                         {"ManufacturerID", "0", "0"},
+                         {"ManufacturerID", "A", "A"},
+                         {"ManufacturerID", "004C", "004C"},
+                         {"ManufacturerID", "ffff", "ffff"},
+                         {"EddyNamespace", "aabbccddeeff00112233", "AABBCCDDEEFF00112233"},
+                         {"EddyInstance", "aAbBcC001122", "AABBCC001122"},
+                         {"DisplayName", "Door", "Door"}}) {
+    TListed Listed;
+    Listed.Set(C.Property, C.Text);
+    EXPECT_EQ(Listed.Get(C.Property), C.Printed);
+  }
+}
+
+TEST(TBeaconItem, RefusesOtherTextsWithoutNotificationAndKeepsItsOwn) {
+  constexpr const char* BadUUID =
+      "'' is not a valid GUID value; it looks like {00112233-4455-6677-8899-AABBCCDDEEFF}";
+  constexpr const char* BadNamespace = "Invalid Eddystone namespace";
+  constexpr const char* BadInstance = "Invalid Eddystone instance";
+  struct TCase {
+    const char* Property;
+    const char* Text;
+    const char* Message;
+  };
+  for (const TCase& C : {TCase{"UUID", "", BadUUID},
+                         {"ManufacturerID", "", Manufacturer},
+                         {"ManufacturerID", "12345", Manufacturer},
+                         {"ManufacturerID", "-2", Manufacturer},
+                         {"ManufacturerID", "G1", Manufacturer},
+                         {"ManufacturerID", "+1", Manufacturer},
+                         {"ManufacturerID", " 1", Manufacturer},
+                         {"ManufacturerID", "$1", Manufacturer},
+                         {"EddyNamespace", "", BadNamespace},
+                         {"EddyNamespace", "0011223344556677889", BadNamespace},
+                         {"EddyNamespace", "001122334455667788990", BadNamespace},
+                         {"EddyNamespace", "G0112233445566778899", BadNamespace},
+                         {"EddyInstance", "", BadInstance},
+                         {"EddyInstance", "00112233445", BadInstance},
+                         {"EddyInstance", "0011223344556", BadInstance},
+                         {"EddyInstance", " 01122334455", BadInstance}}) {
+    TListed Listed;
+    Listed.Item.SetManufacturerID("4C");
+    const std::string Before = Listed.Get(C.Property);
+    EXPECT_EQ(Raised<EGeneralError>([&] { Listed.Set(C.Property, C.Text); }), C.Message) << C.Text;
+    EXPECT_EQ(Listed.Get(C.Property), Before);
+    EXPECT_EQ(Listed.Notifications, 0);
+  }
+}
+
+TEST(TBeaconItem, NumbersItsManufacturer) {
+  TListed Listed;
+  EXPECT_EQ(Listed.Item.GetMID(), -1) << "of the empty text";
+  for (const auto& [Text, MID] :
+       {std::pair{"-1", -1}, {"004C", 76}, {"FFFF", 65535}, {"ff", 255}}) {
+    Listed.Item.SetManufacturerID(Text);
+    EXPECT_EQ(Listed.Item.GetMID(), MID) << Text;
+  }
+}
+
+TEST(TBeaconItem, NotifiesAsOftenAsEachSetterPromises) {
+  struct TCase {
+    const char* What;
+    void (*Set)(TBeaconItem&);
+    int First, Again;
+  };
+  const TCase Cases[] = {
+      {"UUID", [](TBeaconItem& A) { A.SetUUID(UUID); }, 1, 0},
+      {"UUID in lower case", [](TBeaconItem& A) { A.SetUUID(LowerUUID); }, 1, 1},
+      {"Major", [](TBeaconItem& A) { A.SetMajor(7); }, 1, 0},
+      {"Minor", [](TBeaconItem& A) { A.SetMinor(7); }, 1, 0},
+      {"EddyNamespace", [](TBeaconItem& A) { A.SetEddyNamespace(Namespace); }, 1, 1},
+      {"EddyInstance", [](TBeaconItem& A) { A.SetEddyInstance("001122334455"); }, 1, 1},
+      {"DisplayName", [](TBeaconItem& A) { A.SetDisplayName("Door"); }, 2, 1},
+      {"KindofBeacon", [](TBeaconItem& A) { A.SetKindofBeacon(TKindofBeacon::iBeacon); }, 0, 0},
+      {"ManufacturerID", [](TBeaconItem& A) { A.SetManufacturerID("4C"); }, 0, 0},
+      {"GUID", [](TBeaconItem& A) { A.SetGUID(StringToGUID(UUID)); }, 0, 0},
+      {"EddyUID", [](TBeaconItem& A) { A.SetEddyUID({.Namespace = {1}}); }, 0, 0}};
+  for (const TCase& C : Cases) {
+    TListed Listed;
+    C.Set(Listed.Item);
+    EXPECT_EQ(std::exchange(Listed.Notifications, 0), C.First) << C.What;
+    C.Set(Listed.Item);
+    EXPECT_EQ(Listed.Notifications, C.Again) << C.What << " again";
+  }
+}
+
+TEST(TBeaconItem, AssignsEverythingButNameAndKindAndNotifiesForTheSource) {
+  TListed From, To;
+  TObject Context;
+  From.Item.SetUUID(UUID);
+  From.Item.SetMajor(1);
+  From.Item.SetMinor(2);
+  From.Item.SetEddyUID({.Namespace = {3}, .Instance = {4}});
+  From.Item.SetContext(&Context);
+  From.Item.SetDisplayName("Door");
+  From.Item.SetKindofBeacon(TKindofBeacon::Eddystone);
+  To.Item.SetManufacturerID("4C");
+  From.Notifications = 0;
+
+  To.Item.Assign(&From.Item);
+
+  EXPECT_EQ(To.Item.GetUUID(), UUID);
+  EXPECT_EQ(To.Item.GetMajor(), 1);
+  EXPECT_EQ(To.Item.GetMinor(), 2);
+  EXPECT_EQ(To.Item.GetEddyUID(), From.Item.GetEddyUID());
+  EXPECT_EQ(To.Item.GetManufacturerID(), "") << "not checked, its setter would refuse it";
+  EXPECT_EQ(To.Item.GetContext(), &Context);
+  EXPECT_EQ(To.Item.GetDisplayName(), "TBeaconItem");
+  EXPECT_EQ(To.Item.GetKindofBeacon(), TKindofBeacon::iBeaconAltBeacon);
+  EXPECT_EQ(From.Notifications, 1);
+  EXPECT_EQ(To.Notifications, 3) << "UUID, major and minor go through setters";
+}
+
+TEST(TBeaconItem, TakesTheBaseValuesOfItsListOrIsNotMade) {
+  TBeaconInZoneList List(nullptr);
+  List.SetBaseGUID(LowerUUID);
+  List.SetBaseManufacturerID("4c");
+  List.SetBaseEddyNamespace(Namespace);
+  const TBeaconItem& Item = *List.Add();
+  EXPECT_EQ(Item.GetUUID(), UUID);
+  EXPECT_EQ(Item.GetManufacturerID(), "4c");
+  EXPECT_EQ(Item.GetEddyNamespace(), Namespace);
+  List.SetBaseManufacturerID("nonsense");
+  EXPECT_EQ(Raised<EComponentError>([&] { List.Add(); }), Manufacturer);
+  EXPECT_EQ(List.GetCount(), 1);
+}
+
+}  // namespace
+}  // namespace System::Beacon::Fencing

@@ -1,0 +1,101 @@
+#include "support/scripted_source.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace System::Beacon {
+namespace {
+
+void Append16(TPayload& APayload, int AValue) {
+  APayload.push_back(static_cast<std::uint8_t>(AValue >> 8));
+  APayload.push_back(static_cast<std::uint8_t>(AValue));
+}
+
+TPayload UUIDPayload(TPayload AHead, const TGUID& AGUID, int AMajor, int AMinor, int APower) {
+  AHead.insert(AHead.end(), AGUID.Bytes.begin(), AGUID.Bytes.end());
+  Append16(AHead, AMajor);
+  Append16(AHead, AMinor);
+  AHead.push_back(static_cast<std::uint8_t>(APower));
+  return AHead;
+}
+
+TPayload EddystonePayload(const TPayload& AFrame) {
+  TPayload Result{static_cast<std::uint8_t>(AFrame.size() + 3), 0x16, 0xAA, 0xFE};
+  Result.insert(Result.end(), AFrame.begin(), AFrame.end());
+  return Result;
+}
+
+}  // namespace
+
+TPayload iBeaconPayload(const TGUID& AGUID, int AMajor, int AMinor, int APower) {
+  return UUIDPayload({26, 0xFF, 0x4C, 0x00, 0x02, 0x15}, AGUID, AMajor, AMinor, APower);
+}
+
+TPayload AltBeaconPayload(int ACompany, const TGUID& AGUID, int AMajor, int AMinor, int APower) {
+  const auto Low = static_cast<std::uint8_t>(ACompany);
+  const auto High = static_cast<std::uint8_t>(ACompany >> 8);
+  TPayload Result = UUIDPayload({27, 0xFF, Low, High, 0xBE, 0xAC}, AGUID, AMajor, AMinor, APower);
+  Result.push_back(0);
+  return Result;
+}
+
+TPayload EddystoneUIDPayload(const TEddystoneUID& AUID, int APowerAtZero) {
+  TPayload Frame{0x00, static_cast<std::uint8_t>(APowerAtZero)};
+  Frame.insert(Frame.end(), AUID.Namespace.begin(), AUID.Namespace.end());
+  Frame.insert(Frame.end(), AUID.Instance.begin(), AUID.Instance.end());
+  return EddystonePayload(Frame);
+}
+
+TPayload EddystoneURLPayload(const std::string& AText) {
+  TPayload Frame{0x10, 0x00, 0x03};
+  Frame.insert(Frame.end(), AText.begin(), AText.end());
+  return EddystonePayload(Frame);
+}
+
+TPayload EddystoneTLMPayload(int AMillivolts) {
+  TPayload Frame{0x20, 0x00};
+  Append16(Frame, AMillivolts);
+  Frame.resize(14);
+  return EddystonePayload(Frame);
+}
+
+// ---------------------------------------------------------------- TScriptedSource
+
+TScriptedSource::TScriptedSource(std::vector<TSourceStep> ASteps)
+    : FNextStep([Steps = std::move(ASteps), I = std::size_t{0}](TSourceStep& AStep) mutable {
+        if (I == Steps.size()) return false;
+        AStep = Steps[I++];
+        return true;
+      }) {}
+
+void TScriptedSource::Open() {
+  if (!OpenError.empty()) throw EBeaconSourceError(OpenError);
+  FWake.ResetEvent();
+  FDue = Ticks() + FStep.Delay;
+}
+
+TSourceResult TScriptedSource::Next(TAdvertisement& AAdvertisement, TTicks ADeadline) {
+  if (!FHasStep) {
+    FHasStep = FNextStep(FStep);
+    if (!FHasStep) {
+      FFinished.SetEvent();
+      return TSourceResult::Finished;
+    }
+    FDue += FStep.Delay;
+  }
+  if (FWake.WaitUntil(std::min(FDue, ADeadline))) {
+    FWake.ResetEvent();
+    return TSourceResult::Interrupted;
+  }
+  if (FDue > ADeadline) return TSourceResult::TimedOut;
+  FHasStep = false;
+  std::swap(FDelivered, FStep);
+  FStep.Delay = 0;
+  AAdvertisement.Time = FDue;
+  AAdvertisement.Address = {{0xC0, 0, 0, 0, 0, FDelivered.Address}};
+  AAdvertisement.Rssi = static_cast<std::int8_t>(FDelivered.Rssi);
+  AAdvertisement.Payload = FDelivered.Payload;
+  return TSourceResult::Advertisement;
+}
+
+}  // namespace System::Beacon

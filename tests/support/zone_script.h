@@ -1,0 +1,43 @@
+// Zones and sightings written as text.
+#pragma once
+
+#include <map>
+#include <string_view>
+
+#include "fencing/System.Beacon.Fencing.h"
+#include "support/fake_beacon.h"
+
+namespace System::Beacon::Fencing {
+
+/// Adds zones and their beacons of `TestGUID` by minor: "A Near 1 2, B Immediate 3".
+void AddZones(TBeaconZones& AZones, std::string_view AText);
+
+/// The zone of that display name, or nothing.
+TBeaconZoneItem* FindZone(const TBeaconZones& AZones, std::string_view AName);
+
+/// Plays the beacon service for one component: calls what the component installs on it.
+class TZoneScript {
+ public:
+  explicit TZoneScript(TCustomBeaconZonesFencing& AComponent) : FComponent(AComponent) {}
+
+  /// Steps separated by ";", beacons by minor, distances in metres:
+  ///   enter 1 Near 2.5   a new beacon is seen
+  ///   report 1 Far 6     its proximity has changed
+  ///   drift 1 Far 6      the same, before the service has come to report it
+  ///   exit 1             it is lost
+  void Play(std::string_view ASteps);
+
+  /// The beacon of that minor; made when it is first asked for.
+  TFakeBeacon& GetBeacon(int AMinor);
+  const TBeaconList& GetList() const { return FList; }
+
+ private:
+  void PlayStep(std::string_view AStep);
+  void Leave(TFakeBeacon& ABeacon);
+
+  TCustomBeaconZonesFencing& FComponent;
+  std::map<int, TRef<TFakeBeacon>> FBeacons;
+  TBeaconList FList;
+};
+
+}  // namespace System::Beacon::Fencing
