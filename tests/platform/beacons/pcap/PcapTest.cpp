@@ -146,20 +146,20 @@ TEST(Pcap, TakesTheStrengthFromTheSniffer) {
       Join({TBytes(Air.begin(), Air.begin() + 4), {0}, TBytes(Air.begin() + 4, Air.end())});
   struct TCase {
     int LinkType;
-    TBytes Packet;
     int Rssi;
+    TBytes Packet;
   };
   const TCase Cases[] = {
-      {256, WithRadioHeader(Air, -60, 0x0003), -60},
-      {256, WithRadioHeader(Air, -60, 0x0001), UnknownRssi},  // signal not valid
-      {256, WithRadioHeader(Air, 90, 0x0003), UnknownRssi},
-      {256, WithRadioHeader(Air, -60, 0x4003), -60},    // 2M PHY
-      {256, WithRadioHeader(Coded, -60, 0x8003), -60},  // coded PHY
-      {272, WithNordicHeader(Air, -60, 1, 6), -60},
-      {272, WithNordicHeader(Air, -127, 2, 6), -127},
-      {272, WithNordicHeader(Air, -128, 2, 6), UnknownRssi},
-      {272, WithNordicHeader(Air, 0, 3, 2), 0},
-      {272, WithNordicHeader(Coded, -60, 3, 2, 0x21), -60},
+      {256, -60, WithRadioHeader(Air, -60, 0x0003)},
+      {256, UnknownRssi, WithRadioHeader(Air, -60, 0x0001)},  // signal not valid
+      {256, UnknownRssi, WithRadioHeader(Air, 90, 0x0003)},
+      {256, -60, WithRadioHeader(Air, -60, 0x4003)},    // 2M PHY
+      {256, -60, WithRadioHeader(Coded, -60, 0x8003)},  // coded PHY
+      {272, -60, WithNordicHeader(Air, -60, 1, 6)},
+      {272, -127, WithNordicHeader(Air, -127, 2, 6)},
+      {272, UnknownRssi, WithNordicHeader(Air, -128, 2, 6)},
+      {272, 0, WithNordicHeader(Air, 0, 3, 2)},
+      {272, -60, WithNordicHeader(Coded, -60, 3, 2, 0x21)},
   };
   for (const TCase& Case : Cases) {
     const auto Heard = ReadAllWell(OpenPcap(PcapFile(Case.LinkType, PacketOf(Case.Packet))));
