@@ -20,7 +20,7 @@ function(wayfence_optional name module loss package)
   set(WAYFENCE_HAS_${name} ${found} PARENT_SCOPE)
 endfunction()
 
-wayfence_optional(PCAP libpcap "no reading or writing of pcap and pcapng captures" libpcap-dev)
+wayfence_optional(PCAP libpcap "no reading of pcap and pcapng captures" libpcap-dev)
 wayfence_optional(BLUEZ libsystemd "no live scanning through the Bluetooth daemon" libsystemd-dev)
 
 function(wayfence_link_dependencies target)

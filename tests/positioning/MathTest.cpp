@@ -37,7 +37,9 @@ TEST(LinesIntersect, TakesLinesWithinTheToleranceForParallel) {
        {TCase{0, false}, TCase{5E-5F, false}, TCase{2E-4F, true}, TCase{1, true}}) {
     const TPointF Point = LinesIntersect({0, 0}, {1, 0}, {0, 1}, {1, 1 + C.Rise});
     EXPECT_EQ(IsNoPoint(Point), !C.Meets) << C.Rise;
-    if (C.Meets) EXPECT_FLOAT_EQ(Point.Y, 0.0F) << C.Rise;
+    if (C.Meets) {
+      EXPECT_FLOAT_EQ(Point.Y, 0.0F) << C.Rise;
+    }
   }
 }
 
