@@ -79,8 +79,8 @@ bool TThread::GetFinished() const noexcept {
 }
 
 void TThread::WaitFor() {
-  if (!FRecord || !FRecord->Handle.joinable()) return;
   if (IsCurrent()) FatalError("thread '" + FName + "' was made to wait for itself");
+  if (!FRecord || !FRecord->Handle.joinable()) return;
   FCompletion->Ended.WaitUntil(NoDeadline);
   // A hand-off that was served meanwhile may have waited for the same thread.
   if (FRecord->Handle.joinable()) FRecord->Handle.join();
