@@ -455,8 +455,10 @@ class TCustomBeaconZonesFencing : public TComponent {
   enum class TPending : std::uint8_t { Nothing, Stop, Restart };
 
   bool MayAct() const noexcept;
-  void Start();
-  void FinishStop();
+  bool IsBusy() const noexcept;
+  void Halt();
+  void WaitForEnd();
+  void DoPending();
   void HandlerReturned();
 
   template <class TSignature, class TCall>
@@ -474,7 +476,7 @@ class TCustomBeaconZonesFencing : public TComponent {
   void ComeInside(const TRef<IBeacon>& ABeacon, const TZoneMatch& AMatch, const TNearest& ANearest);
   void GoOutside(const TRef<IBeacon>& ABeacon, const TZoneMatch& AMatch, const TNearest& ANearest);
   bool IsHeldByAnother(const TRef<IBeacon>& ABeacon, const TZoneMatch& AMatch) const;
-  void LeaveCurrentZone(const TRef<IBeacon>& ABeacon);
+  bool LeaveCurrentZone(const TRef<IBeacon>& ABeacon);
   void EnterZone(const TRef<IBeacon>& ABeacon, const TZoneLink& AZone);
   TZoneLink GetCurrentLink() const;
   void SetCurrentLink(TZoneLink ALink);
@@ -504,7 +506,8 @@ class TCustomBeaconZonesFencing : public TComponent {
 
   TRef<IAdvertisementSource> FSource;
   THandOffGate FGate;
-  TPending FPending = TPending::Nothing;  // main thread
+  TPending FPending = TPending::Nothing;  // main thread; something only while busy
+  bool FIsStopping = false;               // main thread
 
   mutable std::mutex FStateLock;  // guards FCurrentZone, FCurrentBeaconList
   TZoneLink FCurrentZone;

@@ -72,17 +72,18 @@ TCustomBeaconZonesFencing::TCustomBeaconZonesFencing(TComponent* AOwner)
 }
 
 TCustomBeaconZonesFencing::~TCustomBeaconZonesFencing() {
-  if (FGate.IsInHandler())
+  if (IsBusy())
     FatalError(
         "a zone component was destroyed inside one of its own event handlers; "
         "destroy it after the handler has returned");
   FEnabled.store(false);
-  StopScanning();
+  Halt();
 }
 
 void TCustomBeaconZonesFencing::Loaded() {
   TComponent::Loaded();
-  if (!GetComponentState().Contains(TComponentStateFlag::Designing) && GetEnabled()) Start();
+  if (!GetComponentState().Contains(TComponentStateFlag::Designing) && GetEnabled())
+    StartFencingScanning();
 }
 
 bool TCustomBeaconZonesFencing::MayAct() const noexcept {
@@ -96,7 +97,7 @@ bool TCustomBeaconZonesFencing::MayAct() const noexcept {
 void TCustomBeaconZonesFencing::SetEnabled(bool AValue) {
   if (FEnabled.exchange(AValue) == AValue || !MayAct()) return;
   if (AValue)
-    Start();
+    StartFencingScanning();
   else
     StopScanning();
 }
@@ -154,55 +155,65 @@ TScanStatistics TCustomBeaconZonesFencing::GetScanStatistics() const {
 
 // ---------------------------------------------------------------- start and stop
 
-void TCustomBeaconZonesFencing::Start() {
-  try {
-    StartFencingScanning();
-  } catch (...) {
-    FEnabled.store(false);
-    throw;
-  }
-}
-
 void TCustomBeaconZonesFencing::StartFencingScanning() {
-  StopScanning();
-  if (FPending != TPending::Nothing) {
+  Halt();
+  if (IsBusy()) {
     FPending = TPending::Restart;
     return;
   }
-  CheckBeaconManager();
-  RegisterZones();
-  FGate.Open();
+  // A hand-off that was served while the old scan ended may have stopped the component again.
+  if (std::exchange(FPending, TPending::Nothing) == TPending::Stop) return;
   try {
+    CheckBeaconManager();
+    if (FSource) FBeaconManager->SetSource(FSource);
+    RegisterZones();
+    FGate.Open();
     FBeaconManager->StartScan();
   } catch (...) {
-    StopScanning();
+    FEnabled.store(false);
+    Halt();
     throw;
   }
 }
 
 void TCustomBeaconZonesFencing::StopScanning() {
+  Halt();
+  if (!IsBusy()) DoPending();
+}
+
+bool TCustomBeaconZonesFencing::IsBusy() const noexcept {
+  return FIsStopping || FGate.IsInHandler();
+}
+
+/// Ends scanning. Inside a handler, for which the reporting thread waits, and inside a hand-off
+/// that is served while scanning ends, it only asks for the end.
+void TCustomBeaconZonesFencing::Halt() {
   FGate.Close();
   if (!FBeaconManager) return;
   DisconnectBeaconManagerEvents();
-  if (FGate.IsInHandler()) {  // the reporting thread waits for the handler that called
+  if (IsBusy()) {
     FBeaconManager->StopScanLater();
     FPending = TPending::Stop;
   } else {
-    FinishStop();
+    WaitForEnd();
   }
   UnRegisterZones();
 }
 
-void TCustomBeaconZonesFencing::FinishStop() {
-  FPending = TPending::Nothing;
-  FBeaconManager->StopScan();
+void TCustomBeaconZonesFencing::WaitForEnd() {
+  FIsStopping = true;
+  if (FBeaconManager) FBeaconManager->StopScan();
+  FIsStopping = false;
+}
+
+void TCustomBeaconZonesFencing::DoPending() {
+  if (std::exchange(FPending, TPending::Nothing) == TPending::Restart) StartFencingScanning();
 }
 
 void TCustomBeaconZonesFencing::HandlerReturned() {
-  const TPending Pending = FPending;
-  if (Pending == TPending::Nothing) return;
-  FinishStop();
-  if (Pending == TPending::Restart && GetEnabled()) Start();
+  if (FPending == TPending::Nothing || FIsStopping) return;
+  WaitForEnd();
+  DoPending();
 }
 
 void TCustomBeaconZonesFencing::CheckBeaconManager() {
@@ -210,7 +221,6 @@ void TCustomBeaconZonesFencing::CheckBeaconManager() {
   if (!FBeaconManager || FBeaconManager->GetScanMode() != Options.GetMode())
     FBeaconManager = TBeaconManager::GetBeaconManager(Options.GetMode());
   TBeaconManager& Manager = *FBeaconManager;
-  if (FSource) Manager.SetSource(FSource);
 
   using T = TCustomBeaconZonesFencing;
   Manager.SetOnBeaconEnter(Bind<&T::BeaconEnterEvent>(this));
@@ -230,6 +240,7 @@ void TCustomBeaconZonesFencing::CheckBeaconManager() {
 }
 
 void TCustomBeaconZonesFencing::DisconnectBeaconManagerEvents() {
+  if (!FBeaconManager) return;
   FBeaconManager->SetOnBeaconEnter({});
   FBeaconManager->SetOnBeaconExit({});
   FBeaconManager->SetOnBeaconProximity({});
@@ -241,6 +252,7 @@ void TCustomBeaconZonesFencing::DisconnectBeaconManagerEvents() {
 
 void TCustomBeaconZonesFencing::RegisterZones() {
   UnRegisterZones();
+  if (!FBeaconManager) return;
   FLastRegisteredRegions = GetBeaconRegionsToMonitorize();
   for (const TBeaconsRegion& Region : FLastRegisteredRegions) {
     TKindofBeacons Kinds = FBeaconManager->GetKindofBeacons();

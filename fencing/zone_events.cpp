@@ -138,8 +138,7 @@ void TCustomBeaconZonesFencing::ComeInside(const TRef<IBeacon>& ABeacon,
     const bool IsNearest = !ANearest.Beacon || IsSame(ABeacon.Get(), ANearest.Beacon.Get());
     if (IsNearest || ComparableDistance(*ABeacon) >= ComparableDistance(*ANearest.Beacon)) return;
   }
-  LeaveCurrentZone(ABeacon);
-  EnterZone(ABeacon, AMatch.Zone);
+  if (LeaveCurrentZone(ABeacon)) EnterZone(ABeacon, AMatch.Zone);
 }
 
 /// `ABeacon` is outside the threshold of its zone.
@@ -147,13 +146,12 @@ void TCustomBeaconZonesFencing::GoOutside(const TRef<IBeacon>& ABeacon,
                                           const TZoneMatch& AMatch,
                                           const TNearest& ANearest) {
   if (GetCurrentLink() == AMatch.Zone && AMatch.Zone != ANearest.Match.Zone &&
-      !IsHeldByAnother(ABeacon, AMatch))
-    LeaveCurrentZone(ABeacon);
+      !IsHeldByAnother(ABeacon, AMatch) && !LeaveCurrentZone(ABeacon))
+    return;
   if (!ANearest.Beacon || ANearest.Match.Zone == GetCurrentLink() ||
       ANearest.Beacon->GetProximity() > ANearest.Match.Threshold)
     return;
-  LeaveCurrentZone(ABeacon);
-  EnterZone(ANearest.Beacon, ANearest.Match.Zone);
+  if (LeaveCurrentZone(ABeacon)) EnterZone(ANearest.Beacon, ANearest.Match.Zone);
 }
 
 bool TCustomBeaconZonesFencing::IsHeldByAnother(const TRef<IBeacon>& ABeacon,
@@ -166,11 +164,14 @@ bool TCustomBeaconZonesFencing::IsHeldByAnother(const TRef<IBeacon>& ABeacon,
   return false;
 }
 
-void TCustomBeaconZonesFencing::LeaveCurrentZone(const TRef<IBeacon>& ABeacon) {
+/// False when the component was stopped before the application heard of it: then it is still in the
+/// zone, so that the exit is told after the next start.
+bool TCustomBeaconZonesFencing::LeaveCurrentZone(const TRef<IBeacon>& ABeacon) {
   const TZoneLink Current = GetCurrentLink();
-  if (!Current) return;
-  DeliverZone(FOnZoneExit, ABeacon, Current);
+  if (!Current) return true;
+  if (!DeliverZone(FOnZoneExit, ABeacon, Current)) return false;
   SetCurrentLink(nullptr);
+  return true;
 }
 
 /// A component that is stopped before the application hears of the zone is in no zone, so that
