@@ -18,12 +18,14 @@ struct TBluezOptions {
 
 /// A radio, reached through the Bluetooth daemon on the system bus. `AAdapter` names it ("hci1");
 /// empty takes the first one there is. Nothing is opened yet; the source has no thread of its own.
+/// It waits in the real runtime only.
 ///
 /// `Open` raises `EBeaconSourceError` when there is no bus, no daemon, no such adapter, no right
-/// to use it, or when it is off; it takes a few seconds at most. From then on `Next` never raises
-/// on an open source: an adapter that is switched off or unplugged, a daemon that restarts, even a
-/// bus that goes away is waited for, as long as it takes, and scanning starts again by itself.
-/// `Close` takes 2 seconds at most. In a library built without libsystemd `Open` always raises.
+/// to use it, or when it is off; it waits 5 seconds at most for each answer of the daemon. From
+/// then on nothing that happens to adapter, daemon or bus makes `Next` raise: an adapter that is
+/// switched off or unplugged, a daemon that restarts, even a bus that goes away is waited for, as
+/// long as it takes, and scanning starts again by itself. `Close` takes 2 seconds at most. In a
+/// library built without libsystemd `Open` always raises.
 TRef<IAdvertisementSource> NewBluezSource(const std::string& AAdapter = {},
                                           TBluezOptions AOptions = {});
 

@@ -71,9 +71,10 @@ void TBluezSource::Open() {
 
 void TBluezSource::StartScanning() {
   FSession = std::make_unique<TBluezSession>(FAdapter, FDevices);
-  while (!FSession->IsScanning()) {
-    if (!FSession->GetTrouble().empty()) throw EBeaconSourceError(FSession->GetTrouble());
+  for (;;) {
     const TBus::TProgress Progress = FSession->Process();
+    if (FSession->IsScanning()) return;
+    if (!FSession->GetTrouble().empty()) throw EBeaconSourceError(FSession->GetTrouble());
     if (Progress == TBus::TProgress::Lost)
       throw EBeaconSourceError(fmt::format(Messages::SNoBus, "the connection was closed"));
     if (Progress == TBus::TProgress::Idle) Wait(NoDeadline);

@@ -61,7 +61,8 @@ class TBus {
   /// Calls and waits for the reply, 1 second at most; what comes back is not looked at.
   void CallAndWait(const TBusCall& ACall) noexcept;
 
-  /// Does what is due: sends, or takes one message and runs its handler.
+  /// Does what is due: sends, or takes one message and runs its handler. The handler of a call
+  /// that had no reply in time runs even when the result is `Idle`.
   TProgress Process();
   int GetFd() const noexcept;
   /// The events of `poll` that the connection waits for.

@@ -314,7 +314,6 @@ void TBluezSession::LoseAdapter(std::string ATrouble) {
   FBus.CancelCall();
   FDevices.ForgetAll();
   FAdapter.clear();
-  FIsMonitorRegistered = false;
   WaitForSignal(std::move(ATrouble));
 }
 

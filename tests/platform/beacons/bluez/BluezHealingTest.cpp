@@ -17,7 +17,9 @@ class TBluezHealing : public TBluezTest {
     return "none";
   }
 
+  /// Expects a beacon to be heard, and nothing to be known of it from before.
   void ExpectScanning() {
+    Daemon->Receive(RssiAlone(-59));
     Daemon->Receive(Eddystone(-60, Uid));
     EXPECT_EQ(Next(), "C0:00:00:00:00:01 -60 1716AAFE" + Uid);
     EXPECT_TRUE(Told.empty()) << Told.front();
@@ -36,7 +38,7 @@ TEST_F(TBluezHealing, SaysWhyItCannotOpenAndWhatToDo) {
   const char* Denied = "org.freedesktop.DBus.Error.AccessDenied";
   for (const TCase& C :
        {TCase{{.Adapters = {}}, "", "There is no Bluetooth adapter. Plug one in"},
-        TCase{{.Adapters = {"hci1", "hci0"}}, "hci7", "adapter hci7. Use one of: hci0, hci1"},
+        TCase{{.Adapters = {"hci10", "hci2"}}, "hci7", "adapter hci7. Use one of: hci2, hci10"},
         TCase{{.IsPowered = false}, "", "hci0 is off. Switch it on with 'bluetoothctl power on'"},
         TCase{Refuse("StartDiscovery", "org.bluez.Error.NotReady"), "", "hci0 is off"},
         TCase{Refuse("GetManagedObjects", Denied), "", "because. Add the user to the group"},
@@ -44,7 +46,8 @@ TEST_F(TBluezHealing, SaysWhyItCannotOpenAndWhatToDo) {
         TCase{Refuse("SetDiscoveryFilter", "org.bluez.Error.Failed"),
               "",
               "refused SetDiscoveryFilter with org.bluez.Error.Failed: because"},
-        TCase{Refuse("StartDiscovery", "org.bluez.Error.InProgress"), "", "hci0 is busy"}}) {
+        TCase{Refuse("StartDiscovery", "org.bluez.Error.InProgress"), "", "hci0 is busy"},
+        TCase{{.IsSilent = true}, "", "daemon does not answer"}}) {
     StartDaemon(C.Settings);
     const std::string Error = OpeningError(C.Adapter);
     EXPECT_NE(Error.find(C.Error), std::string::npos) << Error;
@@ -75,6 +78,14 @@ TEST_F(TBluezHealing, ScansWhenTheMonitorIsRefusedAndSaysSo) {
   StartDaemon({.Refused = {{"RegisterMonitor", "org.bluez.Error.NotPermitted"}}});
   OpenSource();
   ExpectTold("refused the advertisement monitor (org.bluez.Error.NotPermitted: because)");
+  ExpectScanning();
+}
+
+TEST_F(TBluezHealing, SaysThatTheDaemonGaveUpTheMonitor) {
+  StartDaemon();
+  OpenSource();
+  Daemon->ReleaseMonitor();
+  ExpectTold("dropped the advertisement monitor");
   ExpectScanning();
 }
 

@@ -141,9 +141,29 @@ TEST_F(TBluezTest, PassesOverWhatHasTheWrongTypeOrSize) {
   Daemon->Receive(
       Manufacturer(-60, 0x004C, std::string(2 * 253, '0')));  // too long for a structure
   TFakeAdvertisement Foreign = Manufacturer(-61, 0x004C, IBeacon);
-  Foreign.Service = {{"f000aa00-0451-4000-b000-000000000000", Bytes("00")}, {"", Bytes("00")}};
+  Foreign.Service = {{"f000aa00-0451-4000-b000-000000000000", Bytes("00")},
+                     {"1234feaa-0000-1000-8000-00805f9b34fb", Bytes("00")},
+                     {"", Bytes("00")}};
   Daemon->Receive(Foreign);
   EXPECT_EQ(Next(), "C0:00:00:00:00:01 -61 1AFF4C00" + IBeacon);
+  Change("sa{sv}as",
+         "org.bluez.Device1",
+         1,
+         "ManufacturerData",
+         "a{qv}",
+         2,
+         1,
+         "ay",
+         1,
+         7,
+         1,
+         "ay",
+         1,
+         7,
+         0);
+  Daemon->Receive(RssiAlone(-62));
+  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -61 04FF010007");
+  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -62 04FF010007") << "the same frame was told twice";
   EXPECT_TRUE(Told.empty()) << Told.front();
 }
 
@@ -173,8 +193,8 @@ TEST_F(TBluezTest, TakesOnlyTheDevicesOfItsAdapter) {
   StartDaemon({.Adapters = {"hci0", "hci1", "hci10"}});
   Source = MakeSource("hci1");
   Source->Open();
-  for (const char* Adapter : {"hci0", "hci10", "hci1"}) {
-    const std::string Path = std::string("/org/bluez/") + Adapter + "/dev_C0_00_00_00_00_02";
+  for (const int Number : {0, 10, 1}) {
+    const std::string Path = "/org/bluez/hci" + std::to_string(Number) + "/dev_C0_00_00_00_00_02";
     Daemon->Do([&](sd_bus*) {
       Daemon->Emit(Path,
                    TFakeDaemon::Properties,
@@ -188,11 +208,11 @@ TEST_F(TBluezTest, TakesOnlyTheDevicesOfItsAdapter) {
                    1,
                    "ay",
                    1,
-                   Path.size(),
+                   Number,
                    0);
     });
   }
-  EXPECT_EQ(Next(), "C0:00:00:00:00:02 127 04FF010025");
+  EXPECT_EQ(Next(), "C0:00:00:00:00:02 127 04FF010001");
 }
 
 TEST_F(TBluezTest, ComesBackAtOnceWhenAnotherThreadInterruptsIt) {

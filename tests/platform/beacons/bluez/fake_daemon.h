@@ -43,6 +43,7 @@ struct TFakeSettings {
   std::vector<std::string> Adapters{"hci0"};
   bool IsPowered = true;
   bool HasMonitors = true;
+  bool IsSilent = false;           ///< answers no call
   bool AnnouncesLate = false;      ///< adapters appear after the name, as at a restart
   bool IgnoresDuplicates = false;  ///< reports only what changes
   std::map<std::string, std::string> Refused{};  ///< method to the name of its error
@@ -112,6 +113,7 @@ class TFakeDaemon {
   void RemoveAdapter() {
     Do([this](sd_bus*) {
       EndDiscovery(false);
+      FPatterns.clear();
       EmitAdapterRemoved(FSettings.Adapters.front());
       FSettings.Adapters.erase(FSettings.Adapters.begin());
     });
@@ -121,6 +123,10 @@ class TFakeDaemon {
       FSettings.Adapters.push_back(AName);
       EmitAdapterAdded(AName);
     });
+  }
+  /// Has the daemon give up the monitor that was registered last.
+  void ReleaseMonitor() {
+    Do([this](sd_bus*) { CallMonitor("Release"); });
   }
   std::size_t CountSessions() {
     std::size_t Count = 0;
@@ -215,6 +221,7 @@ class TFakeDaemon {
   int Answer(sd_bus_message* ACall, sd_bus_error* AError) {
     const std::string Member = sd_bus_message_get_member(ACall);
     const std::string Sender = sd_bus_message_get_sender(ACall);
+    if (FSettings.IsSilent) return 1;
     if (const char* Name = Refusal(Member)) return sd_bus_error_set(AError, Name, "because");
     if (Member == "GetManagedObjects") return AnswerObjects(ACall);
     if (Member == "RegisterMonitor") return AskForMonitor(ACall);
@@ -288,21 +295,27 @@ class TFakeDaemon {
     while (sd_bus_message_enter_container(AReply, 'e', "oa{sa{sv}}") > 0) {
       const char* Path = nullptr;
       sd_bus_message_read(AReply, "o", &Path);
-      if (Self.ReadPatterns(AReply))
-        sd_bus_call_method_async(Self.FBus,
-                                 nullptr,
-                                 sd_bus_message_get_sender(AReply),
-                                 Path,
-                                 "org.bluez.AdvertisementMonitor1",
-                                 "Activate",
-                                 nullptr,
-                                 nullptr,
-                                 "");
+      if (Self.ReadPatterns(AReply)) {
+        Self.FMonitor = {sd_bus_message_get_sender(AReply), Path};
+        Self.CallMonitor("Activate");
+      }
       sd_bus_message_exit_container(AReply);
     }
     const int Result = sd_bus_reply_method_return(Registration, nullptr);
     sd_bus_message_unref(Registration);
     return Result;
+  }
+
+  void CallMonitor(const char* AMethod) {
+    sd_bus_call_method_async(FBus,
+                             nullptr,
+                             FMonitor.first.c_str(),
+                             FMonitor.second.c_str(),
+                             "org.bluez.AdvertisementMonitor1",
+                             AMethod,
+                             nullptr,
+                             nullptr,
+                             "");
   }
 
   bool ReadPatterns(sd_bus_message* AObject) {
@@ -528,6 +541,7 @@ class TFakeDaemon {
   std::set<std::string> FSessions;  // the clients that discover
   std::map<std::string, TFakeAdvertisement> FDevices;
   std::vector<TFakePattern> FPatterns;
+  std::pair<std::string, std::string> FMonitor;  // its client and path
   std::string FFilter;
   sd_bus_message* FRegistration = nullptr;
   bool FIsStopping = false;
