@@ -47,9 +47,10 @@ void AcceptAll(TBeaconTracker& ATracker) {
 
 /// The input is a sequence of (length, payload); UUID and namespace of the regions are all zero.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* AData, std::size_t ASize) {
-  TCheckingListener Listener;
-  TBeaconTracker Tracker(Listener);
+  static TCheckingListener Listener;
+  static TBeaconTracker Tracker(Listener);
   AcceptAll(Tracker);
+  Tracker.Clear();
   TTicks Now = 0;
   for (std::size_t At = 0; At < ASize; Now += 700 * TicksPerMillisecond) {
     const std::size_t Length = std::min<std::size_t>(AData[At], ASize - At - 1);
