@@ -322,6 +322,7 @@ TEST_F(ThreadsDeathTest, MisuseEndsTheProcessWithALineThatSaysWhatWasWrong) {
            THasty() : TThread("hasty") {}
            void Execute() override { Never.WaitUntil(NoDeadline); }
          };
+         const TSimulation Simulation;  // where the thread has not begun yet: no race, but the line
          THasty Thread;
          Thread.Start();
        }},
