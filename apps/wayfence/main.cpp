@@ -27,7 +27,9 @@ void AddSource(CLI::App& ACommand, TSourceArguments& AFrom, bool AHasSpeed = tru
 }
 
 void AddSeconds(CLI::App& ACommand, double& ASeconds) {
-  ACommand.add_option("--seconds", ASeconds, "End after so many seconds; 0: at the end, or when interrupted")
+  ACommand
+      .add_option(
+          "--seconds", ASeconds, "End after so many seconds; 0: at the end, or when interrupted")
       ->check(CLI::Range(0.0, 1e9))
       ->capture_default_str();
 }
