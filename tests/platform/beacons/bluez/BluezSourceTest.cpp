@@ -75,7 +75,7 @@ TEST_F(TBluezTest, DoesNotReportWhatWasKnownBeforeItOpened) {
 TEST_F(TBluezTest, ForgetsADeviceWhoseStrengthIsWithdrawn) {
   StartDaemon({.IgnoresDuplicates = true});
   OpenSource();
-  const std::string Path = TFakeDaemon::DevicePath("C0:00:00:00:00:01");
+  const std::string Path = FakeDevicePath("C0:00:00:00:00:01");
   const auto Withdraw = [&](sd_bus*) {
     Daemon->Emit(Path,
                  TFakeDaemon::Properties,
@@ -109,7 +109,7 @@ TEST_F(TBluezTest, ForgetsADeviceWhoseStrengthIsWithdrawn) {
 TEST_F(TBluezTest, PassesOverWhatHasTheWrongTypeOrSize) {
   StartDaemon();
   OpenSource();
-  const std::string Path = TFakeDaemon::DevicePath("C0:00:00:00:00:01");
+  const std::string Path = FakeDevicePath("C0:00:00:00:00:01");
   const auto Change = [&](const char* ATypes, auto... AValues) {
     Daemon->Do([&](sd_bus*) {
       Daemon->Emit(Path, TFakeDaemon::Properties, "PropertiesChanged", ATypes, AValues...);
@@ -138,8 +138,7 @@ TEST_F(TBluezTest, PassesOverWhatHasTheWrongTypeOrSize) {
          0);
   Change("sas", "org.bluez.Device1", 1, "RSSI");
   Change("sa{sv}as", "org.bluez.Adapter1", 1, "Powered", "s", "no", 0);
-  Daemon->Receive(
-      Manufacturer(-60, 0x004C, std::string(2 * 253, '0')));  // too long for a structure
+  Daemon->Receive(Manufacturer(-60, 0x004C, std::string(506, '0')));  // too long a structure
   TFakeAdvertisement Foreign = Manufacturer(-61, 0x004C, IBeacon);
   Foreign.Service = {{"f000aa00-0451-4000-b000-000000000000", Bytes("00")},
                      {"1234feaa-0000-1000-8000-00805f9b34fb", Bytes("00")},

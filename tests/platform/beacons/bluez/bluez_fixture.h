@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,28 +14,26 @@
 
 namespace System::Beacon {
 
-inline TFakeBytes Bytes(const std::string& AHex) {
-  TFakeBytes Result(AHex.size() / 2);
-  EXPECT_TRUE(HexToBytes(AHex, Result)) << AHex;
-  return Result;
-}
-
-inline TFakeAdvertisement Manufacturer(std::optional<int> ARssi,
-                                       std::uint16_t ACompany,
-                                       const std::string& AHex) {
-  return {.Rssi = ARssi, .Manufacturer = {{ACompany, Bytes(AHex)}}};
-}
-
-inline TFakeAdvertisement Eddystone(std::optional<int> ARssi, const std::string& AHex) {
-  return {.Rssi = ARssi, .Service = {{"0000feaa-0000-1000-8000-00805f9b34fb", Bytes(AHex)}}};
-}
-
-inline TFakeAdvertisement RssiAlone(int ARssi) {
-  return {.Rssi = ARssi};
-}
-
 class TBluezTest : public testing::Test {
  protected:
+  static TFakeBytes Bytes(const std::string& AHex) {
+    TFakeBytes Result(AHex.size() / 2);
+    EXPECT_TRUE(HexToBytes(AHex, Result)) << AHex;
+    return Result;
+  }
+
+  static TFakeAdvertisement Manufacturer(std::optional<int> ARssi,
+                                         std::uint16_t ACompany,
+                                         const std::string& AHex) {
+    return {.Rssi = ARssi, .Manufacturer = {{ACompany, Bytes(AHex)}}};
+  }
+
+  static TFakeAdvertisement Eddystone(std::optional<int> ARssi, const std::string& AHex) {
+    return {.Rssi = ARssi, .Service = {{"0000feaa-0000-1000-8000-00805f9b34fb", Bytes(AHex)}}};
+  }
+
+  static TFakeAdvertisement RssiAlone(int ARssi) { return {.Rssi = ARssi}; }
+
   void SetUp() override {
     if (!Bus.IsRunning()) GTEST_SKIP() << "dbus-daemon is not installed (Debian package dbus)";
   }

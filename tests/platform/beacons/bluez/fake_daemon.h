@@ -6,31 +6,21 @@
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <future>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <set>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "platform/beacons/bluez/fake_messages.h"
+
 namespace System::Beacon {
-
-using TFakeBytes = std::vector<std::uint8_t>;
-
-/// One advertisement as the daemon takes it apart.
-struct TFakeAdvertisement {
-  std::string Address = "C0:00:00:00:00:01";
-  std::optional<int> Rssi{};
-  std::map<std::uint16_t, TFakeBytes> Manufacturer{};
-  std::map<std::string, TFakeBytes> Service{};
-};
 
 struct TFakePattern {
   int Offset;
@@ -152,12 +142,6 @@ class TFakeDaemon {
             TValues... AValues) {
     sd_bus_emit_signal(FBus, APath.c_str(), AInterface, AMember, ATypes, AValues...);
   }
-  static std::string DevicePath(const std::string& AAddress) {
-    std::string Path = "/org/bluez/hci0/dev_" + AAddress;
-    std::replace(Path.begin(), Path.end(), ':', '_');
-    return Path;
-  }
-
   static constexpr char Properties[] = "org.freedesktop.DBus.Properties";
   static constexpr char Objects[] = "org.freedesktop.DBus.ObjectManager";
 
@@ -378,7 +362,7 @@ class TFakeDaemon {
   void EndDiscovery(bool AIsToldOfAdapter) {
     FSessions.clear();
     for (const auto& [Address, Device] : std::exchange(FDevices, {})) {
-      Emit(DevicePath(Address),
+      Emit(FakeDevicePath(Address),
            Properties,
            "PropertiesChanged",
            "sa{sv}as",
@@ -390,7 +374,7 @@ class TFakeDaemon {
            Objects,
            "InterfacesRemoved",
            "oas",
-           DevicePath(Address).c_str(),
+           FakeDevicePath(Address).c_str(),
            1,
            "org.bluez.Device1");
     }
@@ -419,7 +403,7 @@ class TFakeDaemon {
     }
     FDevices[AHeard.Address] = AHeard;
     sd_bus_message* Signal = nullptr;
-    const std::string Path = IsNew ? "/" : DevicePath(AHeard.Address);
+    const std::string Path = IsNew ? "/" : FakeDevicePath(AHeard.Address);
     sd_bus_message_new_signal(FBus,
                               &Signal,
                               Path.c_str(),
@@ -465,55 +449,6 @@ class TFakeDaemon {
                             "b",
                             int{FSettings.IsPowered});
     }
-  }
-
-  static void AppendDevice(sd_bus_message* AMessage, const TFakeAdvertisement& ADevice) {
-    sd_bus_message_append(AMessage, "o", DevicePath(ADevice.Address).c_str());
-    sd_bus_message_open_container(AMessage, 'a', "{sa{sv}}");
-    sd_bus_message_open_container(AMessage, 'e', "sa{sv}");
-    sd_bus_message_append(AMessage, "s", "org.bluez.Device1");
-    AppendProperties(AMessage, ADevice, true);
-    sd_bus_message_close_container(AMessage);
-    sd_bus_message_close_container(AMessage);
-  }
-
-  static void AppendProperties(sd_bus_message* AMessage,
-                               const TFakeAdvertisement& ADevice,
-                               bool AHasAddress) {
-    sd_bus_message_open_container(AMessage, 'a', "{sv}");
-    if (AHasAddress)
-      sd_bus_message_append(AMessage, "{sv}", "Address", "s", ADevice.Address.c_str());
-    if (ADevice.Rssi) sd_bus_message_append(AMessage, "{sv}", "RSSI", "n", *ADevice.Rssi);
-    AppendData(AMessage, "ManufacturerData", "q", ADevice.Manufacturer);
-    AppendData(AMessage, "ServiceData", "s", ADevice.Service);
-    sd_bus_message_close_container(AMessage);
-  }
-
-  static int Key(std::uint16_t AKey) { return AKey; }
-  static const char* Key(const std::string& AKey) { return AKey.c_str(); }
-
-  template <class TKey>
-  static void AppendData(sd_bus_message* AMessage,
-                         const char* AName,
-                         const std::string& AKeyType,
-                         const std::map<TKey, TFakeBytes>& AData) {
-    if (AData.empty()) return;
-    const std::string Entry = AKeyType + 'v';
-    sd_bus_message_open_container(AMessage, 'e', "sv");
-    sd_bus_message_append(AMessage, "s", AName);
-    sd_bus_message_open_container(AMessage, 'v', ("a{" + Entry + '}').c_str());
-    sd_bus_message_open_container(AMessage, 'a', ('{' + Entry + '}').c_str());
-    for (const auto& [Owner, Bytes] : AData) {
-      sd_bus_message_open_container(AMessage, 'e', Entry.c_str());
-      sd_bus_message_append(AMessage, AKeyType.c_str(), Key(Owner));
-      sd_bus_message_open_container(AMessage, 'v', "ay");
-      sd_bus_message_append_array(AMessage, 'y', Bytes.data(), Bytes.size());
-      sd_bus_message_close_container(AMessage);
-      sd_bus_message_close_container(AMessage);
-    }
-    sd_bus_message_close_container(AMessage);
-    sd_bus_message_close_container(AMessage);
-    sd_bus_message_close_container(AMessage);
   }
 
   void EmitAdapterAdded(const std::string& AName) {
