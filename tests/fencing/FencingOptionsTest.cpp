@@ -8,26 +8,76 @@
 namespace System::Beacon::Fencing {
 namespace {
 
-template <class T>
-TValue V(T AValue) {
-  return TValue::From(AValue);
-}
-
 /// One property: what it is at first, another value that it takes, and those that it refuses.
 struct TRow {
-  const char* Property;
+  std::string Property;
   TValue Default;
   TValue Other;
   std::vector<TValue> Refused = {};
-  const char* Message = "";
+  std::string Message = {};
   int Notifications = 1;
 };
 
+template <class T>
+TRow Row(const char* AProperty, T ADefault, T AOther) {
+  return {AProperty, TValue::From(ADefault), TValue::From(AOther)};
+}
+
+TRow Positive(const char* AProperty, std::int32_t ADefault, const char* AWhat) {
+  TRow Result = Row<std::int32_t>(AProperty, ADefault, 1);
+  Result.Refused = {TValue::From(0), TValue::From(-1), TValue::From(INT32_MIN)};
+  Result.Message = std::string(AWhat) + " should be greater than 0";
+  return Result;
+}
+
+TRow Deviation() {
+  TRow Result = Row("SignalRelativeStdDev", 0.15F, 100.0F);
+  for (const float Refused : {0.0F, -1.0F, 100.5F, NAN})
+    Result.Refused.push_back(TValue::From(Refused));
+  Result.Message = "Signal Relative standard deviation should be Between 1 and 100";
+  return Result;
+}
+
+TRow PlainField() {
+  TRow Result = Row("SPC", 0.0F, 0.5F);
+  Result.Notifications = 0;
+  return Result;
+}
+
+const std::vector<TRow> ManagerRows{
+    Positive("BeaconDeathTime", 20, "Beacon death time"),
+    Positive("ScanningTime", 500, "Scanning time"),
+    Positive("ScanningSleepingTime", 250, "Scanning sleeping time"),
+    Row("SPC", 0.5F, -2.0F),
+    Row("CalcMode", TBeaconCalcMode::Stabilized, TBeaconCalcMode::Raw),
+    Row("Mode", TBeaconScanMode::Standard, TBeaconScanMode::Alternative)};
+
+const std::vector<TRow> FilterRows{Positive("ParticlesNumber", 500, "Particles number"),
+                                   Positive("UpdateInterval", 500, "Update interval"),
+                                   Row("MovementStDeviation", 15, -3),
+                                   Deviation(),
+                                   Positive("BeaconsToUse", 3, "Number of beacons to use"),
+                                   Row("OwnsCalcDistance", true, false),
+                                   Row("MotionThreshold", 4.0, -1.0),
+                                   Row("CalibrationAverage", 0.33, 2.0),
+                                   PlainField(),
+                                   Row("AutomaticCalibration", false, true)};
+
+const std::vector<TRow> FencingRows{
+    Row("ZoneHighlightMetod", TZoneHighlightMetod::RawPosition, TZoneHighlightMetod::PathPosition),
+    Row("RawPositionColor", TAlphaColor{0xFF000000}, TAlphaColor{1}),
+    Row("PathPositionColor", TAlphaColor{0xFF8A2BE2}, TAlphaColor{1}),
+    Row("RawPositionRadius", 2.0F, 0.0F),
+    Row("PathPositionRadius", 1.4F, 0.0F)};
+
+const TPropertyInfo& PropertyOf(const TOptionSet& AOptions, const TRow& ARow) {
+  return *FindProperty(AOptions.GetClassInfo(), ARow.Property);
+}
+
 void CheckRow(TOptionSet& AOptions, const TRow& ARow) {
-  const TPropertyInfo& Property = *FindProperty(AOptions.GetClassInfo(), ARow.Property);
+  const TPropertyInfo& Property = PropertyOf(AOptions, ARow);
   int Notifications = 0;
   AOptions.SetOnChange([&](TObject* ASender) { Notifications += ASender == &AOptions ? 1 : 100; });
-  EXPECT_EQ(Property.Get(AOptions), ARow.Default) << ARow.Property;
   for (const TValue& Refused : ARow.Refused)
     EXPECT_EQ(Raised<EComponentError>([&] { Property.Set(AOptions, Refused); }), ARow.Message);
   Property.Set(AOptions, ARow.Default);
@@ -40,118 +90,47 @@ void CheckRow(TOptionSet& AOptions, const TRow& ARow) {
 }
 
 template <class TOptions>
-void CheckRows(std::initializer_list<TRow> ARows) {
+void CheckRows(const std::vector<TRow>& ARows) {
   TOptions Options;
+  EXPECT_EQ(ARows.size(), TOptions::ClassInfo().Properties.size());
+  for (const TRow& Row : ARows)
+    EXPECT_EQ(PropertyOf(Options, Row).Get(Options), Row.Default) << Row.Property;
   for (const TRow& Row : ARows) CheckRow(Options, Row);
 }
 
-TEST(FencingOptions, HaveTheirDefaultsRefuseWhatIsOutOfRangeAndNotifyOfChangesOnly) {
-  CheckRows<TBeaconManagerOptions>(
-      {{"BeaconDeathTime",
-        V(20),
-        V(1),
-        {V(0), V(-1)},
-        "Beacon death time should be greater than 0"},
-       {"ScanningTime", V(500), V(1), {V(0), V(-1)}, "Scanning time should be greater than 0"},
-       {"ScanningSleepingTime",
-        V(250),
-        V(1),
-        {V(0), V(-1)},
-        "Scanning sleeping time should be greater than 0"},
-       {"SPC", V(0.5F), V(-2.0F)},
-       {"CalcMode", V(TBeaconCalcMode::Stabilized), V(TBeaconCalcMode::Raw)},
-       {"Mode", V(TBeaconScanMode::Standard), V(TBeaconScanMode::Alternative)}});
-  CheckRows<TParticleFilterOptions>(
-      {{"ParticlesNumber",
-        V(500),
-        V(1),
-        {V(0), V(-1)},
-        "Particles number should be greater than 0"},
-       {"UpdateInterval", V(500), V(1), {V(0), V(-1)}, "Update interval should be greater than 0"},
-       {"MovementStDeviation", V(15), V(-3)},
-       {"SignalRelativeStdDev",
-        V(0.15F),
-        V(100.0F),
-        {V(0.0F), V(-1.0F), V(100.5F), V(NAN)},
-        "Signal Relative standard deviation should be Between 1 and 100"},
-       {"SignalRelativeStdDev", V(100.0F), V(0.01F)},
-       {"BeaconsToUse",
-        V(3),
-        V(1),
-        {V(0), V(-1)},
-        "Number of beacons to use should be greater than 0"},
-       {"OwnsCalcDistance", V(true), V(false)},
-       {"MotionThreshold", V(4.0), V(-1.0)},
-       {"CalibrationAverage", V(0.33), V(2.0)},
-       {"SPC", V(0.0F), V(0.5F), {}, "", 0},
-       {"AutomaticCalibration", V(false), V(true)}});
-  CheckRows<TFencingOptions>({{"ZoneHighlightMetod",
-                               V(TZoneHighlightMetod::RawPosition),
-                               V(TZoneHighlightMetod::PathPosition)},
-                              {"RawPositionColor", V(TAlphaColor{0xFF000000}), V(TAlphaColor{1})},
-                              {"PathPositionColor", V(TAlphaColor{0xFF8A2BE2}), V(TAlphaColor{1})},
-                              {"RawPositionRadius", V(2.0F), V(0.0F)},
-                              {"PathPositionRadius", V(1.4F), V(0.0F)}});
+TEST(FencingOptions, RefuseWhatIsOutOfRangeAndNotifyOfChangesOnly) {
+  CheckRows<TBeaconManagerOptions>(ManagerRows);
+  CheckRows<TParticleFilterOptions>(FilterRows);
+  CheckRows<TFencingOptions>(FencingRows);
 }
 
-// ---------------------------------------------------------------- assignment
+/// Assigns options whose every value is another one; the first `AAssigned` of them arrive.
+template <class TOptions>
+void CheckAssign(const std::vector<TRow>& ARows, std::size_t AAssigned) {
+  TOptions From, To;
+  for (const TRow& Row : ARows) PropertyOf(From, Row).Set(From, Row.Other);
+  To.Assign(&From);
+  for (std::size_t I = 0; I < ARows.size(); ++I)
+    EXPECT_EQ(PropertyOf(To, ARows[I]).Get(To), I < AAssigned ? ARows[I].Other : ARows[I].Default)
+        << ARows[I].Property;
+}
 
-TEST(TBeaconManagerOptions, AssignsEveryValueAndTheHandlerBeforeTheMode) {
+TEST(FencingOptions, AssignTheValuesThatEachClassPromises) {
+  CheckAssign<TBeaconManagerOptions>(ManagerRows, 6);
+  CheckAssign<TParticleFilterOptions>(FilterRows, 5);
+  CheckAssign<TFencingOptions>(FencingRows, 1);
+}
+
+TEST(TBeaconManagerOptions, AssignsItsHandlerTooBeforeTheMode) {
   TBeaconManagerOptions From, To;
-  From.SetBeaconDeathTime(1);
-  From.SetScanningTime(2);
-  From.SetScanningSleepingTime(3);
-  From.SetSPC(0.4F);
-  From.SetCalcMode(TBeaconCalcMode::Raw);
-  From.SetMode(TBeaconScanMode::Alternative);
+  for (const TRow& Row : ManagerRows) PropertyOf(From, Row).Set(From, Row.Other);
   std::string Told;
   From.SetOnChange([&](TObject* ASender) { Told += ASender == &To ? "S" : "?"; });
   To.SetOnChange([&](TObject* ASender) { Told += ASender == &To ? "d" : "?"; });
-
   To.Assign(&From);
-
   EXPECT_EQ(Told, "dddddS");
-  for (const TPropertyInfo& Property : TBeaconManagerOptions::ClassInfo().Properties)
-    EXPECT_EQ(Property.Get(To), Property.Get(From)) << Property.Name;
-}
-
-TEST(TParticleFilterOptions, AssignsItsFirstFiveValuesOnly) {
-  TParticleFilterOptions From, To;
-  const TParticleFilterOptions Fresh;
-  From.SetParticlesNumber(1);
-  From.SetUpdateInterval(2);
-  From.SetMovementStDeviation(3);
-  From.SetSignalRelativeStdDev(4.0F);
-  From.SetBeaconsToUse(5);
-  From.SetOwnsCalcDistance(false);
-  From.SetMotionThreshold(6.0);
-  From.SetCalibrationAverage(7.0);
-  From.SetSPC(8.0F);
-  From.SetAutomaticCalibration(true);
-  From.SetOnChange([](TObject*) {});
-
-  To.Assign(&From);
-
-  EXPECT_EQ(To.GetParticlesNumber(), 1);
-  EXPECT_EQ(To.GetUpdateInterval(), 2);
-  EXPECT_EQ(To.GetMovementStDeviation(), 3);
-  EXPECT_EQ(To.GetSignalRelativeStdDev(), 4.0F);
-  EXPECT_EQ(To.GetBeaconsToUse(), 5);
-  EXPECT_EQ(To.GetOwnsCalcDistance(), Fresh.GetOwnsCalcDistance());
-  EXPECT_EQ(To.GetMotionThreshold(), Fresh.GetMotionThreshold());
-  EXPECT_EQ(To.GetCalibrationAverage(), Fresh.GetCalibrationAverage());
-  EXPECT_EQ(To.GetSPC(), Fresh.GetSPC());
-  EXPECT_EQ(To.GetAutomaticCalibration(), Fresh.GetAutomaticCalibration());
-  EXPECT_FALSE(To.GetOnChange());
-}
-
-TEST(TFencingOptions, AssignsTheHighlightMethodOnly) {
-  TFencingOptions From, To;
-  From.SetZoneHighlightMetod(TZoneHighlightMetod::PathPosition);
-  From.SetRawPositionRadius(9.0F);
-  To.Assign(&From);
-  EXPECT_EQ(To.GetZoneHighlightMetod(), TZoneHighlightMetod::PathPosition);
-  EXPECT_EQ(To.GetRawPositionRadius(), 2.0F);
+  To.SetScanningTime(9);
+  EXPECT_EQ(Told, "dddddSS");
 }
 
 TEST(FencingOptions, AreNotAssignedToOneAnother) {

@@ -129,12 +129,6 @@ TEST(TBeaconZoneItem, AssignsNameBasesContextBeaconsAndProximity) {
   EXPECT_THROW(Dest.Assign(nullptr), EComponentError);
 }
 
-TEST(TBeaconZoneItem, TakesTheSourcesDefaultNameForItsOwnWhenAssigned) {
-  TCountedZones From, To("B Near");
-  To.GetItems(0)->Assign(From.Add());
-  EXPECT_EQ(To.GetItems(0)->GetDisplayName(), "TBeaconZoneItem");
-}
-
 // ---------------------------------------------------------------- base values
 
 TEST(TBeaconZones, GivesNewZonesAndItemsTheBaseValuesOfTheMoment) {

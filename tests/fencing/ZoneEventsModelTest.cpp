@@ -135,24 +135,12 @@ class TComparison {
   }
 
   void Step() {
-    switch (FRandom.NextBelow(8)) {
-      case 0:
-        ChangeZones();
-        break;
-      case 1:
-      case 2:
-        Enter();
-        break;
-      case 3:
-        Exit();
-        break;
-      case 4:
-        Move(Any());
-        break;
-      default:
-        Report();
-        break;
-    }
+    const int What = Below(8);
+    if (What == 0) ChangeZones();
+    if (What == 1 || What == 2) Enter();
+    if (What == 3) Exit();
+    if (What == 4) Move(Any());
+    if (What > 4) Report();
     ASSERT_EQ(FLog.Take(), FModel.TakeEvents());
     ASSERT_EQ(FComponent.GetCurrentZone(), FModel.GetCurrent());
     ASSERT_EQ(FComponent.GetNearestBeacon().Get(), FModel.GetNearest());
@@ -179,27 +167,19 @@ class TComparison {
     const int Index = Below(FZones.GetCount());
     TBeaconZoneItem& Zone = *FZones.GetItems(Index);
     TBeaconInZoneList& List = *Zone.GetBeaconList();
-    switch (Below(6)) {
-      case 0:
-        AddZone();
-        break;
-      case 1:
-        FModel.ZoneDeleted(&Zone);
-        FZones.Delete(Index);
-        break;
-      case 2:
-        if (List.GetCount() > 0) List.Delete(0);
-        break;
-      case 3:
-        if (List.GetCount() > 0) List.GetItems(0)->SetMinor(SomeMinor());
-        break;
-      case 4:
-        Zone.SetIndex(Below(FZones.GetCount()));
-        break;
-      default:
-        Zone.SetBeaconProximity(static_cast<TBeaconEditProximity>(Below(3)));
-        break;
-    }
+    const int What = Below(6);
+    if (What == 0) return AddZone();
+    if (What == 1) return DeleteZone(Index);
+    if (What == 2) return Zone.SetIndex(Below(FZones.GetCount()));
+    if (What == 3) return Zone.SetBeaconProximity(static_cast<TBeaconEditProximity>(Below(3)));
+    if (List.GetCount() == 0) return;
+    if (What == 4) return List.Delete(0);
+    List.GetItems(0)->SetMinor(SomeMinor());
+  }
+
+  void DeleteZone(int AIndex) {
+    FModel.ZoneDeleted(FZones.GetItems(AIndex));
+    FZones.Delete(AIndex);
   }
 
   /// A new distance, now and then unknown; the proximity does not always follow at once.

@@ -26,107 +26,73 @@ struct TPlayed {
 };
 
 TEST(ZoneEvents, ComeInTheOrderOfWhatHappened) {
-  struct TCase {
-    const char* What;
-    const char* Before;
-    const char* Step;
-    const char* Events;
-  };
-  for (const TCase& C :
-       {TCase{"a beacon of a zone comes inside",
-              "",
-              "enter 1 Near 1",
-              "ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Near; ZoneEnter A by 1; "
-              "BeaconProximity 1 Near; BeaconEnter 1"},
-        {"one that is not near enough",
-         "",
-         "enter 1 Far 9",
-         "ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Far; BeaconProximity 1 Far; "
-         "BeaconEnter 1"},
-        {"the last beacon of the current zone is lost",
-         "enter 1 Near 1",
-         "exit 1",
-         "ZoneBeaconProximity A.1 Away; ZoneExit A by 1; BeaconProximity 1 Away; "
-         "ZoneBeaconExit A.1; BeaconExit 1"},
-        {"a beacon of no zone enters", "", "enter 9 Near 1", "BeaconEnter 9"},
-        {"a beacon of no zone changes",
-         "enter 9 Near 1",
-         "report 9 Far 5",
-         "BeaconProximity 9 Far"},
-        {"a beacon of no zone is lost", "enter 9 Near 1", "exit 9", "BeaconExit 9"},
-        {"a proximity report",
-         "enter 1 Near 1",
-         "report 1 Far 5",
-         "ZoneBeaconProximity A.1 Far; BeaconProximity 1 Far"}}) {
+  for (const auto& Row : Rows(R"(
+- a beacon of a zone comes inside | | enter 1 Near 1 |
+    ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Near; ZoneEnter A by 1; BeaconProximity 1 Near;
+    BeaconEnter 1
+- one that is not near enough | | enter 1 Far 9 |
+    ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Far; BeaconProximity 1 Far; BeaconEnter 1
+- the last beacon of the current zone is lost | enter 1 Near 1 | exit 1 |
+    ZoneBeaconProximity A.1 Away; ZoneExit A by 1; BeaconProximity 1 Away; ZoneBeaconExit A.1;
+    BeaconExit 1
+- a beacon of no zone enters | | enter 9 Near 1 | BeaconEnter 9
+- a beacon of no zone changes | enter 9 Near 1 | report 9 Far 5 | BeaconProximity 9 Far
+- a beacon of no zone is lost | enter 9 Near 1 | exit 9 | BeaconExit 9
+- a proximity report | enter 1 Near 1 | report 1 Far 5 |
+    ZoneBeaconProximity A.1 Far; BeaconProximity 1 Far
+)")) {
     TPlayed Played("A Near 1 2");
-    Played.Service.Play(C.Before);
+    Played.Service.Play(Row[1]);
     Played.Log.Take();
-    Played.Service.Play(C.Step);
-    EXPECT_EQ(Played.Log.Take(), C.Events) << C.What;
+    Played.Service.Play(Row[2]);
+    EXPECT_EQ(Played.Log.Take(), Row[3]) << Row[0];
   }
 }
 
 TEST(ZoneEvents, PutTheDeviceInOneZoneAtATime) {
-  constexpr const char* Zones = "A Near 1 2, B Near 3 4, C Immediate 5";
-  struct TCase {
-    const char* What;
-    const char* Steps;
-    const char* Events;
-    const char* Current;
-  };
-  for (const TCase& C :
-       {TCase{"the first near report enters",
-              "enter 1 Far 9; report 1 Near 2",
-              "ZoneEnter A by 1",
-              "A"},
-        {"immediate is nearer than near", "enter 1 Immediate 0.2", "ZoneEnter A by 1", "A"},
-        {"a zone of immediate beacons is not entered by a near one", "enter 5 Near 1", "", "none"},
-        {"one beacon goes, another still holds the zone",
-         "enter 1 Near 1; enter 2 Near 2; report 1 Far 9",
-         "ZoneEnter A by 1",
-         "A"},
-        {"the last that held it goes, and none is nearest",
-         "enter 1 Near 1; enter 2 Near 2; exit 1; exit 2",
-         "ZoneEnter A by 1; ZoneExit A by 2",
-         "none"},
-        {"a zone is kept while its own beacon is the nearest",
-         "enter 1 Near 1; report 1 Far 9",
-         "ZoneEnter A by 1",
-         "A"},
-        {"another zone's beacon is nearer",
-         "enter 1 Near 2; enter 3 Near 1",
-         "ZoneEnter A by 1; ZoneExit A by 3; ZoneEnter B by 3",
-         "B"},
-        {"another zone's beacon is inside but not nearer: it enters all the same",
-         "enter 1 Near 1; enter 3 Near 2",
-         "ZoneEnter A by 1; ZoneExit A by 3; ZoneEnter B by 3",
-         "B"},
-        {"a farther beacon of the current zone changes nothing",
-         "enter 1 Near 1; enter 2 Near 2",
-         "ZoneEnter A by 1",
-         "A"},
-        {"the nearest beacon takes over when the current zone is left",
-         "enter 3 Near 2; enter 1 Near 1; drift 1 Far 9; report 1 Far 9",
-         "ZoneEnter B by 3; ZoneExit B by 1; ZoneEnter A by 1; ZoneExit A by 1; "
-         "ZoneEnter B by 3",
-         "B"},
-        {"the nearest is of another zone but outside: the zone is left only",
-         "enter 1 Near 1; enter 3 Far 5; report 1 Far 9",
-         "ZoneEnter A by 1; ZoneExit A by 1",
-         "none"},
-        {"a held zone gives way to the nearest inside its own",
-         "enter 1 Near 2; enter 2 Near 2.5; drift 2 Near 2.5; enter 3 Far 9; drift 3 Near 1; "
-         "report 1 Far 5",
-         "ZoneEnter A by 1; ZoneExit A by 1; ZoneEnter B by 3",
-         "B"},
-        {"a beacon outside its zone brings in the nearest of another",
-         "enter 1 Far 9; drift 1 Near 1; enter 3 Far 8",
-         "ZoneEnter A by 1",
-         "A"}}) {
-    TPlayed Played(Zones);
-    Played.Service.Play(C.Steps);
-    EXPECT_EQ(Played.Log.TakeZones(), C.Events) << C.What;
-    EXPECT_EQ(Played.GetCurrent(), C.Current) << C.What;
+  for (const auto& Row : Rows(R"(
+- the first near report enters | enter 1 Far 9; report 1 Near 2 | ZoneEnter A by 1
+- immediate is nearer than near | enter 1 Immediate 0.2 | ZoneEnter A by 1
+- a zone of immediate beacons is not entered by a near one | enter 5 Near 1 |
+- one beacon goes, another still holds the zone | enter 1 Near 2; enter 2 Near -1; enter 3 Far 5;
+    report 1 Far 9 | ZoneEnter A by 1
+- the last that held it goes, and there is no nearest | enter 1 Near 1; enter 2 Near 2; exit 1;
+    exit 2 | ZoneEnter A by 1; ZoneExit A by 2
+- a zone is kept while its own beacon is the nearest | enter 1 Near 1; report 1 Far 9 |
+    ZoneEnter A by 1
+- a nearer beacon of another zone comes inside | enter 1 Near 2; enter 3 Near 1 |
+    ZoneEnter A by 1; ZoneExit A by 3; ZoneEnter B by 3
+- one that is not nearer enters all the same | enter 1 Near 1; enter 3 Near 2 |
+    ZoneEnter A by 1; ZoneExit A by 3; ZoneEnter B by 3
+- a farther beacon of the current zone changes nothing | enter 1 Near 1; enter 2 Near 2 |
+    ZoneEnter A by 1
+- the nearest takes over when the current zone is left | enter 3 Near 2; enter 1 Near 1;
+    report 1 Far 9 | ZoneEnter B by 3; ZoneExit B by 1; ZoneEnter A by 1; ZoneExit A by 1;
+    ZoneEnter B by 3
+- it does not when it is outside its own zone | enter 1 Near 1; enter 3 Far 5; report 1 Far 9 |
+    ZoneEnter A by 1; ZoneExit A by 1
+- a zone that is held gives way to the nearest inside its own | enter 1 Near 2; enter 2 Near 2.5;
+    enter 3 Far 9; drift 3 Near 1; report 1 Far 5 |
+    ZoneEnter A by 1; ZoneExit A by 1; ZoneEnter B by 3
+- a beacon outside its zone brings in the nearest of another | enter 1 Far 9; drift 1 Near 1;
+    enter 3 Far 8 | ZoneEnter A by 1
+- an unknown distance comes inside | enter 1 Near -1 | ZoneEnter A by 1
+- and again: the current zone is not entered twice | enter 1 Near -1; report 1 Immediate -1 |
+    ZoneEnter A by 1
+- with no nearest, one zone is entered in place of another | enter 1 Near -1; enter 3 Near -1 |
+    ZoneEnter A by 1; ZoneExit A by 3; ZoneEnter B by 3
+- with no nearest, a beacon outside leaves the zone it held | enter 1 Near 1; report 1 Away -1 |
+    ZoneEnter A by 1; ZoneExit A by 1
+- with no nearest, another one still holds it | enter 1 Near 1; enter 2 Near -1; report 1 Away -1 |
+    ZoneEnter A by 1
+)")) {
+    TPlayed Played("A Near 1 2, B Near 3 4, C Immediate 5");
+    Played.Service.Play(Row[1]);
+    EXPECT_EQ(Played.Log.TakeZones(), Row[2]) << Row[0];
+    const std::string Last = Row[2].substr(std::min(Row[2].rfind("Zone"), Row[2].size()));
+    const std::string Current = Played.GetCurrent();
+    EXPECT_EQ(Last.starts_with("ZoneEnter " + Current), Current != "none") << Row[0];
+    EXPECT_EQ(Last.starts_with("ZoneEnter"), Current != "none") << Row[0];
   }
 }
 
@@ -146,49 +112,14 @@ TEST(ZoneEvents, LeaveAndEnterTheCurrentZoneForABeaconThatHasComeNearerThanTheNe
   EXPECT_EQ(Played.Log.TakeZones(), "ZoneExit A by 2; ZoneEnter A by 2");
 }
 
-TEST(ZoneEvents, TakeAnUnknownDistanceForTheFarthest) {
-  constexpr const char* Zones = "A Near 1 2, B Near 3";
-  struct TCase {
-    const char* What;
-    const char* Steps;
-    const char* Events;
-    int Nearest;
-  };
-  for (const TCase& C :
-       {TCase{"an unknown distance is never the nearest", "enter 1 Near -1", "ZoneEnter A by 1", 0},
-        {"the zone that is entered already is not entered again",
-         "enter 1 Near -1; report 1 Immediate -1",
-         "ZoneEnter A by 1",
-         0},
-        {"a known one is nearer, however far",
-         "enter 1 Near -1; enter 2 Far 99",
-         "ZoneEnter A by 1",
-         2},
-        {"with no nearest, a beacon outside leaves the zone it held",
-         "enter 1 Near 1; report 1 Away -1",
-         "ZoneEnter A by 1; ZoneExit A by 1",
-         0},
-        {"and another one inside still holds it",
-         "enter 1 Near 1; enter 2 Near -1; report 1 Away -1",
-         "ZoneEnter A by 1",
-         0},
-        {"with no nearest, a zone is entered in place of another",
-         "enter 1 Near -1; enter 3 Near -1",
-         "ZoneEnter A by 1; ZoneExit A by 3; ZoneEnter B by 3",
-         0}}) {
-    TPlayed Played(Zones);
-    Played.Service.Play(C.Steps);
-    EXPECT_EQ(Played.Log.TakeZones(), C.Events) << C.What;
-    const TRef<IBeacon> Nearest = Played.Component.GetNearestBeacon();
-    EXPECT_EQ(Nearest ? Nearest->GetMinor() : 0, C.Nearest) << C.What;
-  }
-}
-
 TEST(ZoneEvents, FindTheNearestAmongBeaconsOfZonesTheEarlierOfEquals) {
   TPlayed Played("A Near 1, B Near 2");
-  Played.Service.Play("enter 9 Near 0.1; enter 2 Far 5; enter 1 Far 5");
+  Played.Service.Play("enter 9 Near 0.1; enter 2 Away -1");
+  EXPECT_FALSE(Played.Component.GetNearestBeacon()) << "of no zone, of unknown distance";
+  Played.Service.Play("drift 2 Far 5; enter 1 Far 5");
   EXPECT_EQ(Played.Component.GetNearestBeacon()->GetMinor(), 2);
-  EXPECT_EQ(Played.Component.GetDetectedBeacons().GetLength(), 3U);
+  Played.Service.Play("drift 2 Away -1");
+  EXPECT_EQ(Played.Component.GetNearestBeacon()->GetMinor(), 1);
 }
 
 TEST(ZoneEvents, IgnoreALostBeaconThatWouldHoldTheZone) {
@@ -248,54 +179,32 @@ TEST(ZoneEvents, ForgetTheCurrentZoneWithoutAnEventWhenItIsDeleted) {
 }
 
 TEST(ZoneEvents, NeverNameWhatAHandlerHasDeleted) {
-  struct TCase {
-    const char* What;
-    const char* In;
-    bool WholeZone;
-    const char* Steps;
-    const char* Events;
-  };
-  for (const TCase& C :
-       {TCase{"the zone before it is entered",
-              "ZoneBeaconProximity A.1 Near",
-              true,
-              "enter 1 Near 1",
-              "ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Near; BeaconProximity 1 Near; "
-              "BeaconEnter 1"},
-        {"the zone at the first event",
-         "ZoneBeaconEnter A.1",
-         true,
-         "enter 1 Near 1",
-         "ZoneBeaconEnter A.1; BeaconProximity 1 Near; BeaconEnter 1"},
-        {"the item at the first event",
-         "ZoneBeaconEnter A.1",
-         false,
-         "enter 1 Near 1",
-         "ZoneBeaconEnter A.1; BeaconProximity 1 Near; BeaconEnter 1"},
-        {"the zone when its beacon is lost",
-         "ZoneBeaconProximity A.1 Away",
-         true,
-         "enter 1 Far 9; exit 1",
-         "ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Far; BeaconProximity 1 Far; "
-         "BeaconEnter 1; ZoneBeaconProximity A.1 Away; BeaconProximity 1 Away; BeaconExit 1"},
-        {"the item when its zone is left",
-         "ZoneExit A by 1",
-         false,
-         "enter 1 Near 1; exit 1",
-         "ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Near; ZoneEnter A by 1; "
-         "BeaconProximity 1 Near; BeaconEnter 1; ZoneBeaconProximity A.1 Away; "
-         "ZoneExit A by 1; BeaconProximity 1 Away; BeaconExit 1"}}) {
+  for (const auto& Row : Rows(R"(
+- zone | ZoneBeaconProximity A.1 Near | enter 1 Near 1 |
+    ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Near; BeaconProximity 1 Near; BeaconEnter 1
+- zone | ZoneBeaconEnter A.1 | enter 1 Near 1 |
+    ZoneBeaconEnter A.1; BeaconProximity 1 Near; BeaconEnter 1
+- item | ZoneBeaconEnter A.1 | enter 1 Near 1 |
+    ZoneBeaconEnter A.1; BeaconProximity 1 Near; BeaconEnter 1
+- zone | ZoneBeaconProximity A.1 Away | enter 1 Far 9; exit 1 |
+    ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Far; BeaconProximity 1 Far; BeaconEnter 1;
+    ZoneBeaconProximity A.1 Away; BeaconProximity 1 Away; BeaconExit 1
+- item | ZoneExit A by 1 | enter 1 Near 1; exit 1 |
+    ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Near; ZoneEnter A by 1; BeaconProximity 1 Near;
+    BeaconEnter 1; ZoneBeaconProximity A.1 Away; ZoneExit A by 1; BeaconProximity 1 Away;
+    BeaconExit 1
+)")) {
     TPlayed Played("A Near 1");
     Played.Log.OnEvent = [&](const std::string& ALine) {
-      if (ALine != C.In) return;
-      if (C.WholeZone)
+      if (ALine != Row[1]) return;
+      if (Row[0] == "zone")
         Played.GetZones().Clear();
       else
         Played.GetZones().GetItems(0)->GetBeaconList()->Clear();
     };
-    Played.Service.Play(C.Steps);
-    EXPECT_EQ(Played.Log.Take(), C.Events) << C.What;
-    EXPECT_EQ(Played.GetCurrent(), "none") << C.What;
+    Played.Service.Play(Row[2]);
+    EXPECT_EQ(Played.Log.Take(), Row[3]) << "the " << Row[0] << " in " << Row[1];
+    EXPECT_EQ(Played.GetCurrent(), "none");
   }
 }
 

@@ -16,6 +16,13 @@ std::vector<std::string> Split(std::string_view AText, char ASeparator) {
   return Result;
 }
 
+std::string Squeeze(const std::string& AText) {
+  std::istringstream Words(AText);
+  std::string Result;
+  for (std::string Word; Words >> Word;) Result += (Result.empty() ? "" : " ") + Word;
+  return Result;
+}
+
 template <class TEnum>
 TEnum Parse(const std::string& AName) {
   const auto& Names = TEnumNames<TEnum>::Names;
@@ -25,6 +32,21 @@ TEnum Parse(const std::string& AName) {
 }
 
 }  // namespace
+
+std::vector<std::vector<std::string>> Rows(std::string_view ATable) {
+  constexpr std::string_view Mark = "\n- ";
+  std::vector<std::vector<std::string>> Result;
+  std::size_t At = ATable.find(Mark);
+  while (At != std::string_view::npos) {
+    const std::size_t Next = ATable.find(Mark, At + 1);
+    const std::string_view Row = ATable.substr(At, Next - At).substr(Mark.size());
+    std::vector<std::string>& Cells = Result.emplace_back();
+    for (const std::string& Cell : Split(std::string(Row) + " ", '|'))
+      Cells.push_back(Squeeze(Cell));
+    At = Next;
+  }
+  return Result;
+}
 
 void AddZones(TBeaconZones& AZones, std::string_view AText) {
   for (const std::string& Row : Split(AText, ',')) {

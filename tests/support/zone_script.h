@@ -2,12 +2,18 @@
 #pragma once
 
 #include <map>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "fencing/System.Beacon.Fencing.h"
 #include "support/fake_beacon.h"
 
 namespace System::Beacon::Fencing {
+
+/// The rows of a table of texts: each begins with "- " on a line of its own, "|" separates its
+/// cells, a run of blanks and line ends counts as one blank.
+std::vector<std::vector<std::string>> Rows(std::string_view ATable);
 
 /// Adds zones and their beacons of `TestGUID` by minor: "A Near 1 2, B Immediate 3".
 void AddZones(TBeaconZones& AZones, std::string_view AText);
