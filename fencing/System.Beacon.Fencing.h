@@ -442,7 +442,8 @@ class TCustomBeaconZonesFencing : public TComponent {
                                const TEddystoneTLM& AEddystoneTLM);
 
  protected:
-  /// Starts scanning when the component was streamed in enabled.
+  /// Starts scanning when the component was streamed in enabled; stops it when it was streamed in
+  /// disabled while it was scanning.
   void Loaded() override;
   static std::vector<TPropertyInfo> PropertyTable(bool AIsPublished);
 

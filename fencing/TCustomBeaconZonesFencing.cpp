@@ -82,8 +82,11 @@ TCustomBeaconZonesFencing::~TCustomBeaconZonesFencing() {
 
 void TCustomBeaconZonesFencing::Loaded() {
   TComponent::Loaded();
-  if (!GetComponentState().Contains(TComponentStateFlag::Designing) && GetEnabled())
+  if (GetComponentState().Contains(TComponentStateFlag::Designing)) return;
+  if (GetEnabled())
     StartFencingScanning();
+  else if (FBeaconManager && FBeaconManager->IsScanning())
+    StopScanning();
 }
 
 bool TCustomBeaconZonesFencing::MayAct() const noexcept {

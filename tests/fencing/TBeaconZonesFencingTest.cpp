@@ -81,6 +81,18 @@ TEST(TBeaconZonesFencing, PassesOnEddystoneFramesOfABeaconOfAZone) {
 
 // ---------------------------------------------------------------- states
 
+TEST(TBeaconZonesFencing, StopsWhenItIsLoadedDisabled) {
+  TScanning Scanning({Heard(1), Heard(2, NearRssi, 4)});
+  Scanning.Component.SetEnabled(true);
+  Sleep(3'000);
+  EXPECT_EQ(Scanning.Log.TakeZones(), "ZoneEnter A by 1");
+  Scanning.Component.BeginLoading();
+  Scanning.Component.SetEnabled(false);
+  Scanning.Component.EndLoading();
+  Sleep(10'000);
+  EXPECT_EQ(Scanning.Log.Take(), "");
+}
+
 TEST(TBeaconZonesFencing, StartsWhenItIsLoadedAndNeverWhileItIsDesigned) {
   struct TCase {
     bool IsDesigned;
