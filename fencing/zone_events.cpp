@@ -24,7 +24,9 @@ template <class TSignature, class TCall>
 bool TCustomBeaconZonesFencing::Deliver(TEventSlot<TSignature>& ASlot, const TCall& ACall) {
   if (!ASlot.IsAssigned()) return FGate.IsOpen();
   const auto Body = [&] {
-    TMethod<TSignature> Handler(ASlot.Get());  // kept: it may be replaced while it runs
+    // A copy, since the handler may be replaced while it runs.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const TMethod<TSignature> Handler = ASlot.Get();
     ACall(Handler);
   };
   return TThread::Synchronize(FGate, std::cref(Body));
