@@ -63,9 +63,17 @@ bool THandOffQueue::ServeOne() {
 void THandOffQueue::Perform(THandOff& AHandOff) noexcept {
   THandOffGate* const Gate = AHandOff.Gate;
   if (Gate) Gate->Enter();
+  AHandOff.Outer = std::exchange(FRunning, &AHandOff);
   KeepError(AHandOff.Body);
+  FRunning = AHandOff.Outer;
   Finish(AHandOff, THandOff::TState::Done);
   if (Gate) KeepError([Gate] { Gate->Leave(); });
+}
+
+bool THandOffQueue::IsServing(const TThreadRecord* ASender) const noexcept {
+  const THandOff* HandOff = FRunning;
+  while (HandOff && HandOff->Sender != ASender) HandOff = HandOff->Outer;
+  return HandOff != nullptr;
 }
 
 void THandOffQueue::KeepError(const std::function<void()>& ABody) noexcept {

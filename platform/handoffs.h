@@ -19,6 +19,7 @@ struct THandOff {
   const std::function<void()>& Body;
   THandOffGate* Gate;
   TThreadRecord* Sender;
+  THandOff* Outer = nullptr;       ///< the one that was running when this one began
   TState State = TState::Waiting;  // guarded by the queue's lock
 };
 
@@ -34,6 +35,8 @@ class THandOffQueue {
   bool ServeOne();
   /// How many hand-offs have been run so far. Main thread only.
   std::uint64_t GetServedCount() const noexcept { return FServed; }
+  /// Whether a hand-off of a thread is running. Main thread only.
+  bool IsServing(const TThreadRecord* ASender) const noexcept;
   /// Drops what waits for a gate and releases the senders.
   void Drop(THandOffGate& AGate);
   /// Runs a body on the main thread itself, inside its gate.
@@ -58,7 +61,8 @@ class THandOffQueue {
   TThreadRecord* FMain = nullptr;
   std::function<void()> FHook;
   std::exception_ptr FError;
-  std::uint64_t FServed = 0;  // main thread only
+  THandOff* FRunning = nullptr;  // main thread only, like FServed
+  std::uint64_t FServed = 0;
 };
 
 }  // namespace System

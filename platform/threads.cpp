@@ -112,6 +112,15 @@ std::unique_ptr<TThread> TThread::CreateAnonymousThread(std::function<void()> AB
   return std::make_unique<TAnonymousThread>(std::move(ABody));
 }
 
+TThreadId CurrentThreadId() {
+  return &Runtime().Current();
+}
+
+bool IsActingFor(TThreadId AThread) {
+  return AThread == CurrentThreadId() ||
+         (IsMainThread() && THandOffQueue::Instance().IsServing(AThread));
+}
+
 // ---------------------------------------------------------------- TEvent
 
 void TEvent::SetEvent() {

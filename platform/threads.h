@@ -10,12 +10,14 @@
 
 #include <atomic>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
+#include "platform/method.h"
 #include "platform/object.h"
 #include "platform/time.h"
 
@@ -74,6 +76,21 @@ class TThread : public TObject {
 /// Whether the caller is on the main thread: the one that ran the static initialisation, or the
 /// one that last called `AdoptMainThread`.
 bool IsMainThread() noexcept;
+
+/// Names a thread of any kind, as long as it lives.
+using TThreadId = const TThreadRecord*;
+TThreadId CurrentThreadId();
+/// Whether the caller acts for a thread: it runs on it, or runs a hand-off that the thread waits
+/// for. Whoever does must not wait for the thread.
+bool IsActingFor(TThreadId AThread);
+
+/// Who is told when a thread of the library has failed and ended; the sender is the thread. Called
+/// on that thread. Empty by default: the failure then shows by what the thread's owner documents.
+using TApplicationExceptionEvent = TMethod<void(TObject* ASender, const std::exception& AError)>;
+/// Any thread.
+void SetApplicationExceptionHandler(TApplicationExceptionEvent AHandler);
+/// Tells the handler.
+void HandleApplicationException(TObject* ASender, const std::exception& AError);
 
 /// Makes the calling thread the main thread. Only while no hand-off is waiting.
 void AdoptMainThread() noexcept;

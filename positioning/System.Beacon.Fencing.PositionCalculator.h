@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "fencing/System.Beacon.Fencing.Types.h"
+#include "platform/beacons/identity.h"
 #include "platform/threads.h"
 
 namespace System::Beacon::Fencing {
@@ -92,6 +93,10 @@ class TPositionCalculator : public TObject {
 
 // ---------------------------------------------------------------- TTrilateration
 
+struct TMeasurement;
+class TParticleCloud;
+class TPositionFitter;
+
 /// A particle filter (Gordon, Salmond and Smith, 1993): candidate positions are moved at random,
 /// weighted by how well their distances to the beacons match the measured ones, and the most
 /// likely one is taken. The estimate is damped (a step is limited to 2 m, positions snap to a near
@@ -111,8 +116,68 @@ class TTrilateration : public TPositionCalculator {
     double MeasuredDistance = 0.0;  ///< calculator units
     double LastDistance = 0.0;
   };
-  class TTrilaterationBeaconCalibration;
-  class TThreadPositionCalculator;
+  /// What is known of the signal of a beacon that has entered a calculation.
+  class TTrilaterationBeaconCalibration : public TObject {
+   public:
+    TTrilaterationBeaconCalibration(TRef<IBeacon> ABTBeacon, TPointF APosition)
+        : BTBeacon(std::move(ABTBeacon)), FPosition(APosition) {}
+
+    /// Whether the record is that of a beacon.
+    bool IsEqualTo(const TRef<IBeacon>& ABTBeacon) const {
+      return IsSameBeacon(BTBeacon.Get(), ABTBeacon.Get());
+    }
+    TPointF GetPosition() const noexcept { return FPosition; }
+    void SetPosition(TPointF AValue) noexcept { FPosition = AValue; }
+    /// The last power at 1 m, dBm; 0: none yet.
+    std::int32_t GetTX() const noexcept { return FTX; }
+    void SetTX(std::int32_t AValue) noexcept { FTX = AValue; }
+    /// The smoothed strength, dBm; 0: none yet.
+    double GetKRssi() const noexcept { return FKRssi; }
+    void SetKRssi(double AValue) noexcept { FKRssi = AValue; }
+    double GetLastDistance() const noexcept { return FLastDistance; }
+    void SetLastDistance(double AValue) noexcept { FLastDistance = AValue; }
+    /// What is added to strength minus power, dB.
+    double GetCalibrationFactor() const noexcept { return FCalibrationFactor; }
+    void SetCalibrationFactor(double AValue) noexcept { FCalibrationFactor = AValue; }
+
+    TRef<IBeacon> BTBeacon;  ///< the latest sighting
+
+   private:
+    friend class TTrilateration;
+
+    TPointF FPosition;
+    std::int32_t FTX = 0;
+    double FKRssi = 0.0;
+    double FLastDistance = 0.0;
+    TBeaconProximity FLastProximity = TBeaconProximity::Unknown;  // that started a round
+    double FCalibrationFactor = 0.0;
+    bool FIsInRound = false;
+  };
+
+  /// The thread that calculates steps. It waits for the event of its calculator, takes the
+  /// arrays and calculates, until it is terminated or a calculation fails.
+  class TThreadPositionCalculator : public TThread {
+   public:
+    TThreadPositionCalculator(TTrilateration& ACalculator, TEvent& AAwakeningEvent);
+    ~TThreadPositionCalculator() override { TerminateAndWait(); }
+
+    /// From the moment a step is accepted until it has been calculated; for ever after a failure.
+    bool GetisExecuting() const noexcept { return FisExecuting.load(std::memory_order_acquire); }
+
+   protected:
+    void Execute() override;
+
+   private:
+    friend class TTrilateration;
+
+    bool CalculateStep();
+
+    TTrilateration& FThTTrilateration;
+    TEvent& FThAwakeningEvent;
+    std::atomic<bool> FisExecuting{false};  // who sets it owns the arrays until it is cleared
+    TFencingBeacons FBeaconsList;
+    TFencingBeacons FNearestBeacons;
+  };
 
   /// Orders particles by weight, smallest first.
   class TParticleComparer : public TComparer<TParticle> {
@@ -170,6 +235,58 @@ class TTrilateration : public TPositionCalculator {
   void SetStepping(std::int32_t AValue);
   /// The beacons of the last calculation, in the order given.
   std::vector<TTrilaterationBeaconInfo> GetInfBeacons() const;
+
+ private:
+  class TRound;
+
+  using TCalibration = TTrilaterationBeaconCalibration;
+
+  void SwitchAutomaticCalibration(bool AValue);
+  void RunStep(const TFencingBeacons& ABeaconsList, const TFencingBeacons& ANearestBeacons);
+  bool BeginWith(const TFencingBeacons& ABeaconsList);
+  bool FilterPosition(const TFencingBeacons& ABeacons, TPointF& ARaw);
+  void TakeBeacons(const TFencingBeacons& ABeacons);
+  void Report(TPointF ARaw);
+  void CallHandler(TPointF ARaw, TPointF AFitted);
+
+  TCalibration* FindCalibration(const TRef<IBeacon>& ABeacon);
+  TCalibration& KeepCalibration(const TFencingBeacon& ABeacon);
+  double Smooth(TCalibration& ARecord, double ARssi);
+  void CalibrateAt(TPointF APoint, double AExponent, const TPointF* AExcept);
+
+  mutable TMonitor FMonitorObj{"the lock of a position calculator"};
+  // Guarded by FMonitorObj.
+  double FMovementStdDev = 0.0;
+  TPointF FEstimatedPosition;
+  std::vector<TTrilaterationBeaconInfo> FBeacons;
+  std::vector<std::unique_ptr<TCalibration>> FBeaconsCalibration;  // only ever appended to
+  TIdentityTable<TCalibration*> FCalibrationIndex;
+  std::vector<TMeasurement> FMeasurements;  // kept for its memory
+  std::unique_ptr<TParticleCloud> FParticles;
+  bool FRouting = false;
+  std::int32_t FStepping = 0;
+  double FSignalRelativeStdDev = 0.0;
+  std::int32_t FBeaconsToUse = 0;
+  bool FAutomaticCalibration = false;
+  double FCalibrationAverage = 0.0;
+  double FMotionThreshold = 0.0;
+  double FMotionAverage = 0.0;
+  double FSPC = 0.0;
+  std::vector<std::unique_ptr<TRound>> FRounds;
+
+  // Owned by whoever calculates.
+  bool FirstStep = false;
+  TTime StartingTimestamp = 0.0;
+  std::unique_ptr<TPositionFitter> FFitter;
+
+  mutable std::mutex FHandlerLock;  // guards FOnEstimatingPosition, FHandlerThread
+  TEstimatedPositionEvent FOnEstimatingPosition;
+  TThreadId FHandlerThread = nullptr;  // that is inside the handler
+  TEvent FHandlerLeft{"an estimate handler to return"};
+
+  TEvent FRoundsEnd{"the end of a calibration"};
+  TEvent FAwakeningEvent{"a step to calculate"};
+  std::unique_ptr<TThreadPositionCalculator> FThreadPositionCalculator;
 };
 
 }  // namespace System::Beacon::Fencing

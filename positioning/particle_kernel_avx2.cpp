@@ -1,0 +1,2 @@
+#define WAYFENCE_KERNEL_VERSION Avx2
+#include "positioning/particle_kernel_body.inc"

@@ -1,0 +1,2 @@
+#define WAYFENCE_KERNEL_VERSION Baseline
+#include "positioning/particle_kernel_body.inc"
