@@ -13,6 +13,7 @@ build_packages=(g++ cmake ninja-build pkg-config ccache libfmt-dev nlohmann-json
   libcli11-dev libpcap-dev libsystemd-dev libgtest-dev)
 # What the tests run.
 test_packages=(dbus gzip)
+bench_packages=(libbenchmark-dev libboost-graph-dev)
 clang_packages=(clang libclang-rt-14-dev)
 
 # say WORD...: a message for the person who runs the script.
