@@ -2,9 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <span>
 #include <utility>
-#include <vector>
 
 #include "platform/array.h"
 #include "platform/geometry.h"
@@ -19,7 +20,8 @@ using TPathEdge = std::pair<std::int32_t, std::int32_t>;
 using TRouteStep = std::pair<std::int32_t, std::int32_t>;
 
 /// The weights of all links: `M[a][b]`, 0 where there is no link. Reads like a dense n × n matrix,
-/// but holds the links only. Indexes are checked: outside there are no links.
+/// but holds the links only. Indexes are checked: outside there are no links. Copies share the
+/// storage, which never changes: `Assign` makes a new one.
 class TContiguityMatrix {
  public:
   /// One link of a row.
@@ -36,30 +38,75 @@ class TContiguityMatrix {
     std::span<const TLink> FLinks;
   };
 
-  std::int32_t GetLength() const { return static_cast<std::int32_t>(FFirst.size()) - 1; }
-  TRow operator[](std::int32_t ARow) const { return TRow(GetLinks(ARow)); }
-  /// The links of a node, by the number of the other node.
-  std::span<const TLink> GetLinks(std::int32_t ARow) const;
+  /// The rows without their storage, for fast walks; valid while the matrix is left alone.
+  class TRows {
+   public:
+    std::int32_t GetLength() const { return FLength; }
+    /// The links of a node, by the number of the other node.
+    std::span<const TLink> GetLinks(std::int32_t ARow) const {
+      if (ARow < 0 || ARow >= FLength) return {};
+      return {FLinks + FFirst[ARow], FLinks + FFirst[ARow + 1]};
+    }
+
+   private:
+    friend class TContiguityMatrix;
+    const std::int32_t* FFirst = nullptr;
+    const TLink* FLinks = nullptr;
+    std::int32_t FLength = 0;
+  };
+
+  std::int32_t GetLength() const { return GetRows().GetLength(); }
+  TRow operator[](std::int32_t ARow) const { return TRow(GetRows().GetLinks(ARow)); }
+  TRows GetRows() const;
 
   /// Builds the matrix anew. Links to nodes that are not there, and links of weight 0 (two nodes
   /// in one place of one map), are left out. Linear in nodes and links, but for sorting each row.
   void Assign(const TArray<TPathPoint>& APoints, const TArray<TPathEdge>& AEdges);
 
  private:
-  std::vector<std::int32_t> FFirst = {0};  // row r is FLinks[FFirst[r]] to FLinks[FFirst[r + 1]]
-  std::vector<TLink> FLinks;
+  TArray<std::int32_t> FFirst;  // row r is FLinks[FFirst[r]] to FLinks[FFirst[r + 1]]
+  TArray<TLink> FLinks;
+};
+
+/// The last route of a calculator, common to the calculator and all its copies. Read on any thread,
+/// also while a route is calculated.
+class TSharedRoute {
+ public:
+  TSharedRoute(const TSharedRoute&) = default;
+  ~TSharedRoute() = default;
+
+  /// What the last route is now; routes to come leave it alone.
+  TArray<TRouteStep> Get() const;
+  operator TArray<TRouteStep>() const { return Get(); }
+  bool IsEmpty() const { return Get().IsEmpty(); }
+
+ private:
+  friend class TRouteCalculator;
+  struct TCell {
+    std::mutex Lock;  // guards Route
+    TArray<TRouteStep> Route;
+  };
+
+  TSharedRoute() = default;
+  TSharedRoute& operator=(const TSharedRoute&) = default;
+  void Set(TArray<TRouteStep> ARoute) const;
+
+  std::shared_ptr<TCell> FCell;  // none while there is no graph
 };
 
 /// Finds the shortest route between two nodes (Dijkstra, 1959, with a binary heap). Among routes of
 /// equal length it finds the one that always goes on from the lowest node number. Nothing raises.
-/// One thread at a time; the input arrays are shared with the caller and are not to be changed
-/// before the next `Initialize`.
+/// Copies are cheap: they share the graph, the last route and the memory of the searches, which
+/// wait for each other. The input arrays are shared with the caller and are not to be changed
+/// before the next `Initialize`. Any thread, but for the two operations that take a graph.
 class TRouteCalculator {
  public:
   /// What a link between two maps costs, whatever the positions.
   static constexpr double CostBetweenMaps = 1000.0;
 
+  /// Takes a new graph, on which there is no last route yet. Copies made before keep the old one.
   void Initialize(const TArray<TPathPoint>& APointsList, const TArray<TPathEdge>& APathEdgesList);
+  /// The same with the arrays that are there.
   void CreateGraphMatrix();
 
   /// True when both points are nodes of their maps, exactly; the route is then in
@@ -87,26 +134,18 @@ class TRouteCalculator {
   const TArray<TPathEdge>& GetPathEdges() const { return FPathEdges; }
 
   TContiguityMatrix ContiguityMatrix;
-  TArray<TRouteStep> LastCalculatedPath;  ///< from the start node to the target
+  TSharedRoute LastCalculatedPath;  ///< from the start node to the target
 
  private:
-  bool Contains(std::int32_t ANode) const;
-  void Search(std::int32_t AStart, std::int32_t ATarget);
+  struct TSearch;
 
-  struct TNodeState {
-    double Distance;
-    bool IsDone;
-  };
-  using TCandidate = std::pair<double, std::int32_t>;  // distance, node
+  bool Contains(std::int32_t ANode) const;
+  TArray<TRouteStep> Follow(std::span<const std::int32_t> APredecessors,
+                            std::int32_t ATarget) const;
 
   TArray<TPathPoint> FPathPoints;
   TArray<TPathEdge> FPathEdges;
-  TPathEdge FLastSearch{-1, -1};  // start and target of FLastRoute
-  TArray<TRouteStep> FLastRoute;
-  // Kept between searches for their memory.
-  std::vector<TNodeState> FStates;
-  std::vector<std::int32_t> FPredecessors;
-  std::vector<TCandidate> FCandidates;
+  std::shared_ptr<TSearch> FSearch;  // none while there is no graph
 };
 
 }  // namespace System::Beacon::Fencing

@@ -3,6 +3,7 @@
 #include <functional>
 #include <limits>
 #include <utility>
+#include <vector>
 
 #include "positioning/System.Beacon.Fencing.PathFinder.h"
 
@@ -15,11 +16,6 @@ bool IsNode(std::int32_t ANode, std::size_t ACount) {
   return ANode >= 0 && static_cast<std::size_t>(ANode) < ACount;
 }
 
-double WeightOf(const TPathPoint& A, const TPathPoint& B) {
-  return A.second == B.second ? TRouteCalculator::Distance(A.first, B.first)
-                              : TRouteCalculator::CostBetweenMaps;
-}
-
 /// Towards 0, and into the range of the result.
 double Truncated(double AValue) {
   constexpr double Limit = std::numeric_limits<std::int32_t>::max();
@@ -28,46 +24,68 @@ double Truncated(double AValue) {
 
 }  // namespace
 
-// ---------------------------------------------------------------- TContiguityMatrix
+// ---------------------------------------------------------------- TSharedRoute
 
-double TContiguityMatrix::TRow::operator[](std::int32_t AColumn) const {
-  const auto Found = std::lower_bound(
-      FLinks.begin(), FLinks.end(), AColumn, [](const TLink& ALink, std::int32_t ANode) {
-        return ALink.Node < ANode;
-      });
-  return Found != FLinks.end() && Found->Node == AColumn ? Found->Weight : 0.0;
+TArray<TRouteStep> TSharedRoute::Get() const {
+  if (!FCell) return {};
+  const std::lock_guard Guard(FCell->Lock);
+  return FCell->Route;
 }
 
-std::span<const TContiguityMatrix::TLink> TContiguityMatrix::GetLinks(std::int32_t ARow) const {
-  if (ARow < 0 || ARow >= GetLength()) return {};
-  const auto First = static_cast<std::size_t>(FFirst[ARow]);
-  return {FLinks.data() + First, static_cast<std::size_t>(FFirst[ARow + 1]) - First};
+void TSharedRoute::Set(TArray<TRouteStep> ARoute) const {
+  if (!FCell) return;
+  const std::lock_guard Guard(FCell->Lock);
+  std::swap(FCell->Route, ARoute);
 }
 
-void TContiguityMatrix::Assign(const TArray<TPathPoint>& APoints, const TArray<TPathEdge>& AEdges) {
-  const std::size_t Count = APoints.GetLength();
-  std::vector<std::size_t> Degrees(Count + 1, 0);  // then: where each row begins
-  const auto ForEachLink = [&](auto&& AVisit) {
-    for (const auto& [A, B] : AEdges)
-      if (IsNode(A, Count) && IsNode(B, Count) && A != B) AVisit(A, B), AVisit(B, A);
+// ---------------------------------------------------------------- TSearch
+
+/// The last question and its answer, and the memory of the searches.
+struct TRouteCalculator::TSearch {
+  struct TNodeState {
+    double Distance;
+    bool IsDone;
   };
-  ForEachLink([&](std::int32_t A, std::int32_t) { ++Degrees[A + 1]; });
-  for (std::size_t I = 0; I < Count; ++I) Degrees[I + 1] += Degrees[I];
-  std::vector<TLink> Links(Degrees[Count]);
-  std::vector<std::size_t> Next(Degrees.begin(), Degrees.end());
-  ForEachLink([&](std::int32_t A, std::int32_t B) {
-    Links[Next[A]++] = {B, WeightOf(APoints[A], APoints[B])};
-  });
+  using TCandidate = std::pair<double, std::int32_t>;  // distance, node
 
-  FLinks.clear();
-  FFirst.assign(1, 0);
-  for (std::size_t Row = 0; Row < Count; ++Row) {
-    const auto First = Links.begin() + static_cast<std::ptrdiff_t>(Degrees[Row]);
-    const auto Last = Links.begin() + static_cast<std::ptrdiff_t>(Degrees[Row + 1]);
-    std::sort(First, Last, [](const TLink& A, const TLink& B) { return A.Node < B.Node; });
-    for (auto I = First; I != Last; ++I)
-      if (I->Weight != 0.0 && (I == First || I->Node != (I - 1)->Node)) FLinks.push_back(*I);
-    FFirst.push_back(static_cast<std::int32_t>(FLinks.size()));
+  void Run(TContiguityMatrix::TRows AMatrix, std::int32_t AStart, std::int32_t ATarget);
+
+  std::mutex Lock;             // guards everything below
+  TPathEdge Question{-1, -1};  // start and target
+  TArray<TRouteStep> Answer;
+  std::vector<TNodeState> States;
+  std::vector<std::int32_t> Predecessors;
+  std::vector<TCandidate> Candidates;
+};
+
+/// Nodes leave the heap by distance, then by number: the order in which a walk over all nodes would
+/// pick them. Entries that a shorter way has overtaken are skipped.
+void TRouteCalculator::TSearch::Run(TContiguityMatrix::TRows AMatrix,
+                                    std::int32_t AStart,
+                                    std::int32_t ATarget) {
+  constexpr std::greater<> Later;
+  const auto Count = static_cast<std::size_t>(AMatrix.GetLength());
+  States.assign(Count, {Unreached, false});
+  Predecessors.assign(Count, -1);
+  Candidates.assign(1, {0.0, AStart});
+  TNodeState* const Nodes = States.data();
+  Nodes[AStart].Distance = 0.0;
+  while (!Candidates.empty()) {
+    std::pop_heap(Candidates.begin(), Candidates.end(), Later);
+    const std::int32_t Node = Candidates.back().second;
+    Candidates.pop_back();
+    TNodeState& State = Nodes[Node];
+    if (std::exchange(State.IsDone, true)) continue;
+    if (Node == ATarget) break;
+    for (const auto& [Neighbour, Weight] : AMatrix.GetLinks(Node)) {
+      TNodeState& Other = Nodes[Neighbour];
+      const double Distance = State.Distance + Weight;
+      if (Other.IsDone || !(Distance < Other.Distance)) continue;
+      Other.Distance = Distance;
+      Predecessors[Neighbour] = Node;
+      Candidates.emplace_back(Distance, Neighbour);
+      std::push_heap(Candidates.begin(), Candidates.end(), Later);
+    }
   }
 }
 
@@ -75,14 +93,19 @@ void TContiguityMatrix::Assign(const TArray<TPathPoint>& APoints, const TArray<T
 
 void TRouteCalculator::Initialize(const TArray<TPathPoint>& APointsList,
                                   const TArray<TPathEdge>& APathEdgesList) {
+  TContiguityMatrix Matrix;
+  Matrix.Assign(APointsList, APathEdgesList);
+  TSharedRoute Route;
+  Route.FCell = std::make_shared<TSharedRoute::TCell>();
+  FSearch = std::make_shared<TSearch>();
   FPathPoints = APointsList;
   FPathEdges = APathEdgesList;
-  CreateGraphMatrix();
+  ContiguityMatrix = Matrix;
+  LastCalculatedPath = Route;
 }
 
 void TRouteCalculator::CreateGraphMatrix() {
-  ContiguityMatrix.Assign(FPathPoints, FPathEdges);
-  FLastSearch = {-1, -1};
+  Initialize(FPathPoints, FPathEdges);
 }
 
 bool TRouteCalculator::CalculatePath(TPointF AInitialPoint,
@@ -104,45 +127,15 @@ bool TRouteCalculator::CalculatePath(TPointF AInitialPoint,
 
 void TRouteCalculator::CalculateMinimalPath(std::int32_t AInitialPoint,
                                             std::int32_t ADestinyPoint) {
-  if (!Contains(AInitialPoint) || !Contains(ADestinyPoint)) {
-    LastCalculatedPath = {};
-    return;
+  if (!Contains(AInitialPoint) || !Contains(ADestinyPoint)) return LastCalculatedPath.Set({});
+  const TPathEdge Question{AInitialPoint, ADestinyPoint};
+  const std::lock_guard Guard(FSearch->Lock);
+  if (Question != FSearch->Question) {
+    FSearch->Run(ContiguityMatrix.GetRows(), AInitialPoint, ADestinyPoint);
+    FSearch->Answer = Follow(FSearch->Predecessors, ADestinyPoint);
+    FSearch->Question = Question;
   }
-  const TPathEdge Wanted{AInitialPoint, ADestinyPoint};
-  if (Wanted != FLastSearch) {
-    Search(AInitialPoint, ADestinyPoint);
-    FLastSearch = Wanted;
-    FLastRoute = LastCalculatedPath;
-  }
-  LastCalculatedPath = FLastRoute;
-}
-
-/// Nodes leave the heap by distance, then by number: the order in which a walk over all nodes would
-/// pick them. Entries that a shorter way has overtaken are skipped.
-void TRouteCalculator::Search(std::int32_t AStart, std::int32_t ATarget) {
-  constexpr std::greater<> Later;
-  FStates.assign(FPathPoints.GetLength(), {Unreached, false});
-  FPredecessors.assign(FPathPoints.GetLength(), -1);
-  FCandidates.assign(1, {0.0, AStart});
-  FStates[AStart].Distance = 0.0;
-  while (!FCandidates.empty()) {
-    std::pop_heap(FCandidates.begin(), FCandidates.end(), Later);
-    const std::int32_t Node = FCandidates.back().second;
-    FCandidates.pop_back();
-    TNodeState& State = FStates[Node];
-    if (std::exchange(State.IsDone, true)) continue;
-    if (Node == ATarget) break;
-    for (const auto& [Neighbour, Weight] : ContiguityMatrix.GetLinks(Node)) {
-      TNodeState& Other = FStates[Neighbour];
-      const double Distance = State.Distance + Weight;
-      if (Other.IsDone || !(Distance < Other.Distance)) continue;
-      Other.Distance = Distance;
-      FPredecessors[Neighbour] = Node;
-      FCandidates.emplace_back(Distance, Neighbour);
-      std::push_heap(FCandidates.begin(), FCandidates.end(), Later);
-    }
-  }
-  ReconstructPath(FPredecessors, AStart, ATarget);
+  LastCalculatedPath.Set(FSearch->Answer);
 }
 
 std::int32_t TRouteCalculator::ClosestPointIndex(TPointF APoint, std::int32_t AMapIndex) const {
@@ -161,13 +154,18 @@ std::int32_t TRouteCalculator::ClosestPointIndex(TPointF APoint, std::int32_t AM
 void TRouteCalculator::ReconstructPath(std::span<const std::int32_t> APredecessorList,
                                        std::int32_t,
                                        std::int32_t ADestinyNode) {
+  LastCalculatedPath.Set(Follow(APredecessorList, ADestinyNode));
+}
+
+TArray<TRouteStep> TRouteCalculator::Follow(std::span<const std::int32_t> APredecessors,
+                                            std::int32_t ATarget) const {
   std::vector<TRouteStep> Route;
   // A list that runs in a circle ends when it has passed every node.
-  for (std::int32_t Node = ADestinyNode; Contains(Node) && Route.size() < FPathPoints.GetLength();
-       Node = IsNode(Node, APredecessorList.size()) ? APredecessorList[Node] : -1)
+  for (std::int32_t Node = ATarget; Contains(Node) && Route.size() < FPathPoints.GetLength();
+       Node = IsNode(Node, APredecessors.size()) ? APredecessors[Node] : -1)
     Route.emplace_back(Node, FPathPoints[Node].second);
   std::reverse(Route.begin(), Route.end());
-  LastCalculatedPath = TArray<TRouteStep>(std::move(Route));
+  return TArray<TRouteStep>(std::move(Route));
 }
 
 double TRouteCalculator::Distance(TPointF A, TPointF B) {

@@ -11,7 +11,8 @@ namespace {
 using TRoute = std::vector<TRouteStep>;
 
 TRoute RouteOf(const TRouteCalculator& ACalculator) {
-  return {ACalculator.LastCalculatedPath.begin(), ACalculator.LastCalculatedPath.end()};
+  const TArray<TRouteStep> Route = ACalculator.LastCalculatedPath;
+  return {Route.begin(), Route.end()};
 }
 
 /// The search over a dense matrix, picking the next node by a walk over all.
@@ -133,10 +134,31 @@ TEST(TRouteCalculator, KnowsTheLastRouteUntilTheGraphChanges) {
   Graph.Calculator.CalculateMinimalPath(0, 2);
   const TArray<TRouteStep> First = Graph.Calculator.LastCalculatedPath;
   Graph.Calculator.CalculateMinimalPath(0, 2);
-  EXPECT_TRUE(Graph.Calculator.LastCalculatedPath.IsSameAs(First));
+  EXPECT_TRUE(Graph.Calculator.LastCalculatedPath.Get().IsSameAs(First));
   Graph.Calculator.Initialize({{{0, 0}, 0}, {{3, 4}, 0}, {{3, 9}, 0}}, {{0, 2}});
   Graph.Calculator.CalculateMinimalPath(0, 2);
   EXPECT_EQ(RouteOf(Graph.Calculator), (TRoute{{0, 0}, {2, 0}}));
+}
+
+TEST(TRouteCalculator, CopiesShareTheLastRouteUntilOneTakesANewGraph) {
+  TRouteCalculator Early;
+  TTwoFloors Graph;
+  Early = Graph.Calculator;
+  Graph.Calculator.CalculateMinimalPath(0, 2);
+  TRouteCalculator Late = Graph.Calculator;
+  EXPECT_EQ(RouteOf(Early), (TRoute{{0, 0}, {1, 0}, {2, 0}}));
+  EXPECT_TRUE(Early.LastCalculatedPath.Get().IsSameAs(Late.LastCalculatedPath));
+  Late.CalculateMinimalPath(2, 3);
+  EXPECT_EQ(RouteOf(Early), (TRoute{{2, 0}, {3, 1}}));
+  Late.Initialize({{{0, 0}, 0}, {{0, 1}, 0}, {{0, 2}, 0}, {{0, 3}, 0}}, {{2, 0}, {0, 3}});
+  EXPECT_TRUE(Late.LastCalculatedPath.IsEmpty());
+  Late.CalculateMinimalPath(2, 3);
+  EXPECT_EQ(RouteOf(Late), (TRoute{{2, 0}, {0, 0}, {3, 0}}));
+  Early.CalculateMinimalPath(1, 3);
+  EXPECT_EQ(RouteOf(Graph.Calculator), (TRoute{{1, 0}, {2, 0}, {3, 1}}));
+  TRouteCalculator WithoutGraph;
+  WithoutGraph.CalculateMinimalPath(0, 0);
+  EXPECT_TRUE(WithoutGraph.LastCalculatedPath.IsEmpty());
 }
 
 TEST(DistanceToPointLine, TruncatesFootAndDistance) {
