@@ -20,5 +20,6 @@ inline constexpr std::string_view SSignalRelativeStdDev =
     "Signal Relative standard deviation should be Between 1 and 100";
 inline constexpr std::string_view SBeaconsToUse =
     "Number of beacons to use should be greater than 0";
+inline constexpr std::string_view SInvalidMapIndex = "{} is not a valid map index";
 
 }  // namespace System::Beacon::Fencing::Messages

@@ -1,0 +1,221 @@
+// Which beacon of a map is the one of a sighting, which one is nearest, in which order they stand.
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <sstream>
+
+#include "support/fake_beacon.h"
+#include "support/fake_design.h"
+
+namespace System::Beacon::Fencing {
+namespace {
+
+constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
+
+/// A map whose entry I has minor I and a sighting for each word: its distance, "?" when unknown,
+/// "nan", or "-" for no sighting.
+TFencingMap MapOf(const std::string& ADistances) {
+  std::istringstream Words(ADistances);
+  std::vector<TFencingBeacon> Entries;
+  for (std::string Word; Words >> Word;) {
+    const auto Minor = static_cast<int>(Entries.size());
+    TFencingBeacon& Entry = Entries.emplace_back();
+    Entry.DesignBeacon = NewFakeDesignBeacon(TestGUID, Minor);
+    if (Word == "-") continue;
+    const TRef<TFakeBeacon> Sighting = NewFakeBeacon(Minor);
+    Sighting->Distance = Word == "?" ? -1.0 : Word == "nan" ? NaN : std::stod(Word);
+    Entry.BTBeacon = Sighting;
+  }
+  TFencingMap Result;
+  Result.BeaconList = TFencingBeacons(std::move(Entries));
+  return Result;
+}
+
+int MinorOf(const TFencingBeacon& AEntry) {
+  return AEntry.DesignBeacon ? AEntry.DesignBeacon->GetMinor() : -1;
+}
+
+std::string MinorsOf(const TFencingBeacons& AList) {
+  std::string Result;
+  for (const TFencingBeacon& Entry : AList) Result += std::to_string(MinorOf(Entry));
+  return Result;
+}
+
+/// How many neighbours of a list a comparer would swap.
+int DisordersIn(const TFencingBeacons& AList, const TComparer<TFencingBeacon>& AComparer) {
+  int Result = 0;
+  for (std::size_t I = 1; I < AList.GetLength(); ++I)
+    Result += AComparer.Compare(AList[I - 1], AList[I]) > 0 ? 1 : 0;
+  return Result;
+}
+
+// ---------------------------------------------------------------- binding
+
+constexpr const char* Namespace = "00112233445566778899";
+constexpr const char* NamespaceInLowerCase = "aabb2233445566778899";
+constexpr const char* Instance = "0000000000FE";
+
+TEST(TFencingMap, RecognisesABeaconThatIsNotBoundByTheKindOfTheSighting) {
+  const TGUID Other = StringToGUID("{00000000-0000-0000-0000-000000000001}");
+  using K = TKindofBeacon;
+  struct TCase {
+    const char* What;
+    K Kind;
+    TGUID GUID;
+    int Major, Minor;
+    const char *Namespace, *Instance;
+    bool OffersView, IsFound;
+  };
+  for (const TCase& C : {
+           TCase{"iBeacon", K::iBeacon, TestGUID, 7, 9, "", "", true, true},
+           TCase{"AltBeacon", K::AltBeacon, TestGUID, 7, 9, "", "", true, true},
+           TCase{"both", K::iBeaconAltBeacon, TestGUID, 7, 9, "", "", true, true},
+           TCase{"other UUID", K::iBeacon, Other, 7, 9, "", "", true, false},
+           TCase{"other major", K::iBeacon, TestGUID, 8, 9, "", "", true, false},
+           TCase{"other minor", K::AltBeacon, TestGUID, 7, 8, "", "", true, false},
+           TCase{"no iBeacon view", K::iBeacon, TestGUID, 7, 9, "", "", false, false},
+           TCase{"no AltBeacon view", K::AltBeacon, TestGUID, 7, 9, "", "", false, false},
+           TCase{"Eddystone", K::Eddystone, {}, 0, 0, "AABB2233445566778899", Instance, true, true},
+           TCase{"other namespace", K::Eddystone, {}, 0, 0, Namespace, Instance, true, false},
+           TCase{"other instance",
+                 K::Eddystone,
+                 {},
+                 0,
+                 0,
+                 NamespaceInLowerCase,
+                 "0000000000FF",
+                 true,
+                 false},
+           TCase{"no Eddystone view",
+                 K::Eddystone,
+                 {},
+                 0,
+                 0,
+                 NamespaceInLowerCase,
+                 Instance,
+                 false,
+                 false},
+       }) {
+    TFencingMap Map = MapOf("- - -");
+    Map.BeaconList[0].DesignBeacon = nullptr;
+    const TRef<TFakeDesignBeacon> Design = NewFakeDesignBeacon(TestGUID, 9);
+    Design->Major = 7;
+    Design->EddyNamespace = NamespaceInLowerCase;
+    Design->EddyInstance = Instance;
+    Map.BeaconList[2].DesignBeacon = Design;
+    const TRef<TFakeBeacon> Sighting = NewFakeBeacon(C.Minor, C.Kind);
+    Sighting->GUID = C.GUID;
+    Sighting->Major = C.Major;
+    Sighting->UID.SetNamespace(C.Namespace);
+    Sighting->UID.SetInstance(C.Instance);
+    Sighting->OffersView = C.OffersView;
+    TFencingBeacon Found{Sighting, Design};
+    EXPECT_EQ(Map.GetFencingBeaconFor(Sighting, Found, false), C.IsFound) << C.What;
+    EXPECT_EQ(IsSame(Found.DesignBeacon.Get(), Design.Get()), C.IsFound) << C.What;
+    EXPECT_EQ(IsSame(Map.BeaconList[2].BTBeacon.Get(), Sighting.Get()), C.IsFound) << C.What;
+  }
+}
+
+TEST(TFencingMap, RecognisesABoundBeaconByItsSightingAlone) {
+  TFencingMap Map = MapOf("-");
+  const TRef<TFakeBeacon> First = NewFakeBeacon(5, TKindofBeacon::Eddystone);
+  First->UID.SetInstance(Instance);
+  Map.BeaconList[0].BTBeacon = First;
+  TFencingBeacon Found;
+  EXPECT_FALSE(Map.GetFencingBeaconFor(NewFakeBeacon(0), Found, false));  // fits the design beacon
+  EXPECT_FALSE(Map.GetFencingBeaconFor(NewFakeBeacon(0, First->Kind), Found, false));
+  const TRef<TFakeBeacon> Again = NewFakeBeacon(6, First->Kind);
+  Again->UID = First->UID;
+  EXPECT_TRUE(Map.GetFencingBeaconFor(Again, Found, false));
+  EXPECT_TRUE(IsSame(Map.BeaconList[0].BTBeacon.Get(), Again.Get()));
+}
+
+TEST(TFencingMap, StampsOnlyWhenAskedAndTellsAllCopies) {
+  TFencingMap Map = MapOf("- -");
+  Map.BeaconList[1].TimeStasmp = 3.0;
+  TFencingMap Copy = Map;
+  TFencingBeacon Found;
+  ASSERT_TRUE(Copy.GetFencingBeaconFor(NewFakeBeacon(1), Found, false));
+  EXPECT_EQ(Map.BeaconList[1].TimeStasmp, 3.0);
+  EXPECT_EQ(Map.BeaconList[1].BTBeacon, Found.BTBeacon);
+  // The record that is filled may be the one that keeps the sighting.
+  ASSERT_TRUE(Copy.GetFencingBeaconFor(Found.BTBeacon, Found, true));
+  EXPECT_GT(Map.BeaconList[1].TimeStasmp, 3.0);
+  EXPECT_EQ(Map.BeaconList[1].TimeStasmp, Found.TimeStasmp);
+
+  ASSERT_TRUE(Copy.GetFencingBeaconFor(TestGUID, 0, 0, Found, true));
+  EXPECT_FALSE(Map.BeaconList[0].BTBeacon);
+  EXPECT_GT(Map.BeaconList[0].TimeStasmp, 3.0);
+  for (const bool IsByIdentity : {false, true}) {
+    EXPECT_FALSE(IsByIdentity ? Copy.GetFencingBeaconFor(TestGUID, 1, 0, Found, true)
+                              : Copy.GetFencingBeaconFor(nullptr, Found, true));
+    EXPECT_EQ(MinorOf(Found), -1);
+  }
+}
+
+// ---------------------------------------------------------------- distances
+
+TEST(TFencingMap, OrdersByKnownDistanceThenUnknownThenUnseen) {
+  struct TCase {
+    const char *Distances, *Order;
+    int Nearest;
+    bool IsSeen;
+    int Active;
+  };
+  for (const TCase& C : {TCase{"", "", -1, false, 0},
+                         TCase{"- -", "01", 1, false, 0},
+                         TCase{"- ? nan -", "1203", 3, false, 2},
+                         TCase{"- ? 4 3 -", "32104", 3, true, 3},
+                         TCase{"2 nan 0 inf 0 - 5", "2406315", 2, true, 6},
+                         TCase{"inf -", "01", 0, true, 1}}) {
+    const TFencingMap Map = MapOf(C.Distances);
+    const TFencingBeacons Ordered = Map.OrderedBeaconList();
+    EXPECT_EQ(MinorsOf(Ordered), C.Order) << C.Distances;
+    EXPECT_EQ(DisordersIn(Ordered, TFencingBeaconComparer()), 0) << C.Distances;
+    EXPECT_EQ(MinorOf(Map.NearestBeacon()), C.Nearest) << C.Distances;
+    EXPECT_EQ(static_cast<bool>(Map.NearestBeacon().BTBeacon), C.IsSeen) << C.Distances;
+    EXPECT_EQ(Map.GetActiveBeaconsCount(), C.Active) << C.Distances;
+  }
+  const TFencingMap Map = MapOf("1 2");
+  TFencingMap Copy = Map;
+  TFencingBeacon Lost;
+  ASSERT_TRUE(Copy.GetFencingBeaconFor(NewFakeBeacon(1), Lost, false));
+  dynamic_cast<TFakeBeacon&>(*Copy.BeaconList[1].BTBeacon).Alive = false;
+  EXPECT_EQ(Map.GetActiveBeaconsCount(), 1);
+}
+
+TEST(TFencingMap, OrdersByTheDistanceToAPointInCalculatorUnits) {
+  TFencingMap Map = MapOf("9 ? - 7 7 7 7");
+  const auto Place = [&](std::size_t AIndex, TPointF ACenter) {
+    Map.BeaconList[AIndex].DesignBeacon =
+        NewFakeDesignBeacon(TestGUID, static_cast<std::int32_t>(AIndex), ACenter);
+  };
+  Place(0, {3, 4});
+  Place(1, {2, 0});
+  Place(2, {1, 0});
+  Place(3, {std::numeric_limits<float>::quiet_NaN(), 0});
+  Place(4, {0, 0});
+  Place(5, {2, 0});
+  Map.BeaconList[6].DesignBeacon = nullptr;
+  const TFencingBeacons Ordered = Map.OrderedBeaconListTo({100, 0});
+  EXPECT_EQ(MinorsOf(Ordered), "14503-12");  // 1, 4 and 5 are all 100 away, "-1" is nowhere
+  EXPECT_EQ(DisordersIn(Ordered, TFencingBeaconToPointComparer({100, 0})), 0);
+  EXPECT_TRUE(Map.OrderedBeaconListTo({0, 0}).IsEmpty());
+}
+
+// ---------------------------------------------------------------- zones
+
+TEST(TFencingMap, FindsZonesUnderAPointInTheirOrder) {
+  TFencingMap Map;
+  const TRef<IDesignZone> Hall = New<TFakeDesignZone>("Hall", TRectF{0, 0, 10, 10});
+  const TRef<IDesignZone> Desk = New<TFakeDesignZone>("Desk", TRectF{2, 2, 4, 4});
+  Map.Zones = {nullptr, Desk, Hall};
+  EXPECT_EQ(Map.PointBelongsZone({3, 3}), Desk);
+  EXPECT_EQ(Map.PointBelongsZone({5, 5}), Hall);
+  EXPECT_FALSE(Map.PointBelongsZone({10, 5}));
+  const TArray<TRef<IDesignZone>> Both = Map.GetZonesOverPoint({3, 3});
+  EXPECT_EQ(std::vector(Both.begin(), Both.end()), (std::vector{Desk, Hall}));
+}
+
+}  // namespace
+}  // namespace System::Beacon::Fencing
