@@ -113,6 +113,13 @@ TEST(TArray, AWriteIsSeenThroughAllCopiesUntilTheLengthIsSet) {
   EXPECT_EQ(First[0], 10);
   EXPECT_EQ(std::vector<int>(Second.begin(), Second.end()), (std::vector<int>{20, 2, 3, 0}));
   EXPECT_FALSE(First.Copy().IsSameAs(First));
+
+  TArray<int> Third = Second;
+  Third.Append(4);
+  EXPECT_EQ(Second.GetLength(), 4U);
+  EXPECT_EQ(Third.GetLength(), 5U);
+  EXPECT_EQ(Third.WithLock([&] { return Third[0]; }), 20);
+  EXPECT_TRUE(TArray<int>().WithLock([] { return true; }));
 }
 
 TEST(Files, AreReadAndReplacedWhole) {
