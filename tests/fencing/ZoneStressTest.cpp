@@ -1,10 +1,9 @@
 // Random sightings against an application that reads, changes, stops and starts at random.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "platform/random.h"
 #include "platform/simulation.h"
+#include "support/environment.h"
 #include "support/scripted_source.h"
 #include "support/zone_script.h"
 
@@ -12,11 +11,6 @@ namespace System::Beacon::Fencing {
 namespace {
 
 constexpr std::uint32_t Minors = 12;
-
-int FromEnvironment(const char* AName, int ADefault) {
-  const char* const Text = std::getenv(AName);
-  return Text ? std::atoi(Text) : ADefault;
-}
 
 /// How fast things happen.
 struct TPace {
