@@ -1,6 +1,7 @@
 // Beacons, zones and maps of a project whose every answer a test decides.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "fencing/System.Beacon.Fencing.Types.h"
@@ -18,7 +19,8 @@ class TFakeDesignBeacon final : public TInterfacedObject, public virtual IDesign
   std::int32_t ManufacturerID = -1;
   std::string EddyNamespace;
   std::string EddyInstance;
-  TPointF Center;  ///< map units
+  TPointF Center;                       ///< map units
+  std::optional<TPointF> Displacement;  ///< nothing: the centre
   std::string Name;
   std::string InformationItems;
   TAtomicValue<float> SignalDistance;
@@ -35,7 +37,7 @@ class TFakeDesignBeacon final : public TInterfacedObject, public virtual IDesign
   std::string GetInformationItems() const override { return InformationItems; }
   void SetSignalDistance(float ADistance) override { SignalDistance = ADistance; }
   float GetSignalDistance() const override { return SignalDistance; }
-  TPointF GetDisplacement() const override { return Center; }
+  TPointF GetDisplacement() const override { return Displacement.value_or(Center); }
   TPointF GetCenterInGlobalSpace() const override { return Center; }
   std::string GetName() const override { return Name; }
   TRectF GetGlobalRect() const override { return {Center.X, Center.Y, Center.X, Center.Y}; }
