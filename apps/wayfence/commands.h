@@ -15,7 +15,8 @@ inline constexpr int ExitUsage = 2;
 /// "bluez:hci1".
 struct TSourceArguments {
   std::string Source = "bluez";
-  double Speed = 0.0;  ///< of a recording: 0 as fast as possible, 1 real time
+  double Speed = 0.0;      ///< of a recording: 0 as fast as possible, 1 real time
+  std::uint64_t Seed = 1;  ///< of the simulated runtime
 };
 
 struct TZonesArguments {
@@ -38,5 +39,20 @@ struct TRecordArguments {
   double Seconds = 0.0;  ///< 0: until interrupted
 };
 int RunRecord(const TRecordArguments& AArguments);
+
+struct TEvaluateArguments {
+  std::string BeaconFile;
+  TSourceArguments From;
+  std::string TruthFile;
+  double Width = 0.0;  ///< metres
+  double Height = 0.0;
+  float SPC = 0.5F;
+  int DeathTime = 5;        ///< seconds
+  int Interval = 0;         ///< milliseconds between two steps; 0: what the options say
+  double Skip = 3.0;        ///< seconds
+  std::string OptionsFile;  ///< empty: the defaults
+  bool Json = false;
+};
+int RunEvaluate(const TEvaluateArguments& AArguments);
 
 }  // namespace Wayfence

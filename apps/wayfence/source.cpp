@@ -44,6 +44,8 @@ class TPeekingReader final : public TInterfacedObject, public virtual IAdvertise
     return HasWallTime() ? static_cast<double>(FFirst.Time) / (86'400.0 * TicksPerSecond)
                          : TSimulationOptions().StartTime;
   }
+  /// Seconds of the recording's clock.
+  double GetStart() const { return static_cast<double>(FFirst.Time) / TicksPerSecond; }
 
  private:
   const TRef<IAdvertisementReader> FReader;
@@ -126,8 +128,9 @@ TRun OpenRun(const TSourceArguments& AArguments) {
   }
   const auto Reader = New<TPeekingReader>(Recording);
   if (AArguments.Speed == 0.0)
-    Result.Simulation =
-        std::make_unique<TSimulation>(TSimulationOptions{.StartTime = Reader->GetStartTime()});
+    Result.Simulation = std::make_unique<TSimulation>(
+        TSimulationOptions{.Seed = AArguments.Seed, .StartTime = Reader->GetStartTime()});
+  Result.Start = Reader->GetStart();
   Result.Source = New<TWatchedSource>(New<TReplaySource>(Reader), Reader);
   return Result;
 }

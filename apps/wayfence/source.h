@@ -53,6 +53,7 @@ class TWatchedSource final : public System::TInterfacedObject,
 struct TRun {
   std::unique_ptr<System::TSimulation> Simulation;  // destroyed last
   System::TRef<TWatchedSource> Source;
+  double Start = 0.0;  ///< seconds of a recording's own clock at its first advertisement
 };
 
 /// Raises `EBeaconSourceError` when there is no such source. `bluez` reports what it notices on

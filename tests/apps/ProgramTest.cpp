@@ -1,30 +1,15 @@
-// The program as its users meet it: arguments and files in, text and an exit code out.
-#include <fmt/format.h>
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <filesystem>
+// The commands that list what is seen: zones, scan, record.
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "platform/files.h"
-#include "platform/hex.h"
 #include "support/fake_beacon.h"
-#include "support/scripted_source.h"
+#include "support/program.h"
 
 namespace Wayfence {
 namespace {
 
 using namespace System;
 using namespace System::Beacon;
-
-struct TOutcome {
-  int ExitCode = -1;
-  std::string Output;
-  std::string Messages;
-};
 
 std::vector<nlohmann::json> LinesOf(const std::string& AText) {
   std::vector<nlohmann::json> Result;
@@ -33,13 +18,10 @@ std::vector<nlohmann::json> LinesOf(const std::string& AText) {
   return Result;
 }
 
-/// Runs the program in a folder of its own that holds a component file and a recording.
-class Program : public testing::Test {
+/// Beside a component file and a recording.
+class Program : public ProgramTest {
  protected:
-  void SetUp() override {
-    if (std::string(WAYFENCE_PROGRAM).empty()) GTEST_SKIP() << "built without the program";
-    FFolder = std::filesystem::path(testing::TempDir()) / fmt::format("wayfence-{}", getpid());
-    std::filesystem::create_directories(FFolder);
+  void WriteFiles() override {
     ReplaceFile(Path("zones.json"), R"({
   "BaseBeaconGUID": "{2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6}",
   "Zones": [ { "DisplayName": "Lobby \"A\"", "BeaconList": [ { "Minor": 1 }, { "Minor": 2 } ] },
@@ -49,45 +31,13 @@ class Program : public testing::Test {
 })");
     ReplaceFile(Path("walk.log"), Recording());
   }
-  void TearDown() override {
-    if (!FFolder.empty()) std::filesystem::remove_all(FFolder);
-  }
-
-  std::string Path(const std::string& AName) const { return FFolder / AName; }
-
-  /// Runs "wayfence ARGUMENTS" in the folder, standard output into `AOutput`.
-  TOutcome Run(const std::string& AArguments, const std::string& AOutput = "output") const {
-    const std::string Command = fmt::format("cd '{}' && '{}' {} > {} 2> messages",
-                                            FFolder.string(),
-                                            WAYFENCE_PROGRAM,
-                                            AArguments,
-                                            AOutput);
-    const int Status = std::system(Command.c_str());
-    TOutcome Result;
-    Result.ExitCode = WIFEXITED(Status) ? WEXITSTATUS(Status) : -1;
-    if (AOutput == "output") Result.Output = ReadWholeFile(Path("output"), 1 << 24);
-    Result.Messages = ReadWholeFile(Path("messages"), 1 << 20);
-    return Result;
-  }
-  /// What a command that must succeed writes.
-  std::string OutputOf(const std::string& AArguments) const {
-    const TOutcome Outcome = Run(AArguments);
-    EXPECT_EQ(Outcome.ExitCode, 0) << AArguments << ": " << Outcome.Messages;
-    return Outcome.Output;
-  }
 
  private:
   static std::string Recording() {
     std::string Result = "# a short walk\n";
     const auto Hear = [&Result](
                           double ASeconds, int AAddress, int ARssi, const TPayload& APayload) {
-      Result +=
-          fmt::format(R"({{"t": {}, "address": "C0:00:00:00:00:{:02X}", "rssi": {}, "adv": "{}"}})",
-                      ASeconds,
-                      AAddress,
-                      ARssi,
-                      BytesToHex(APayload));
-      Result += '\n';
+      Result += LogLine(ASeconds, AAddress, ARssi, APayload);
     };
     Hear(10.0, 1, -59, iBeaconPayload(TestGUID, 0, 1));
     Hear(10.5, 2, -79, AltBeaconPayload(0x0118, TestGUID, 0, 2));
@@ -99,8 +49,6 @@ class Program : public testing::Test {
     Hear(40.0, 1, 127, iBeaconPayload(TestGUID, 0, 1));
     return Result;
   }
-
-  std::filesystem::path FFolder;
 };
 
 TEST_F(Program, ZonesPrintsTheEventsOfAWalkAlikeEveryTime) {
@@ -211,12 +159,7 @@ TEST_F(Program, RefusalsAndWrongUsageHaveOneClearMessage) {
       {2, "record copy --format wav --source walk.log", "--format: wav not in {log,btsnoop,pcap}"},
       {2, "scan --seconds -1 --source walk.log", "--seconds: Value -1 not in range"},
   };
-  for (const TCase& C : Cases) {
-    const TOutcome Outcome = Run(C.Arguments);
-    EXPECT_EQ(Outcome.ExitCode, C.ExitCode) << C.Arguments;
-    EXPECT_EQ(Outcome.Output, "") << C.Arguments;
-    EXPECT_TRUE(Outcome.Messages.starts_with(C.Message)) << C.Arguments << ": " << Outcome.Messages;
-  }
+  for (const TCase& C : Cases) ExpectRefusal(C.ExitCode, C.Arguments, C.Message);
   EXPECT_EQ(LinesOf(OutputOf("scan --source walk.log")).size(), 7U);
 }
 
@@ -230,7 +173,7 @@ TEST_F(Program, OutputThatIsLostIsAnError) {
 
 TEST_F(Program, HelpShowsAnExampleOfEveryCommand) {
   const std::string Commands = OutputOf("--help");
-  for (const std::string Command : {"zones", "scan", "record"}) {
+  for (const std::string Command : {"zones", "scan", "record", "evaluate"}) {
     EXPECT_NE(Commands.find("\n  " + Command + " "), std::string::npos) << Commands;
     const std::string Help = OutputOf(Command + " --help");
     EXPECT_NE(Help.find("Example:\n  wayfence " + Command + " "), std::string::npos) << Help;

@@ -1,0 +1,142 @@
+#include "apps/wayfence/csv.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+
+#include "platform/errors.h"
+#include "platform/files.h"
+
+namespace Wayfence {
+namespace {
+
+constexpr std::size_t MaxSize = 256 << 20;  // bytes
+
+std::string_view Trim(std::string_view AText) {
+  const std::size_t First = AText.find_first_not_of(" \t");
+  if (First == std::string_view::npos) return {};
+  return AText.substr(First, AText.find_last_not_of(" \t") - First + 1);
+}
+
+/// Whether the whole text is a value of the type.
+template <class T>
+bool Parse(std::string_view AText, T& AValue) {
+  const char* const End = AText.data() + AText.size();
+  const auto Result = std::from_chars(AText.data(), End, AValue);
+  return Result.ec == std::errc() && Result.ptr == End;
+}
+
+}  // namespace
+
+TCsvReader::TCsvReader(const std::string& AFileName)
+    : FFileName(AFileName), FText(System::ReadWholeFile(AFileName, MaxSize)) {
+  Take("\xEF\xBB\xBF");
+  if (!ReadRow()) Refuse("the file is empty; its first line names the columns");
+  FColumns.swap(FFields);
+  for (std::size_t I = 0; I < FColumns.size(); ++I)
+    if (IndexOf(FColumns[I]) != I) Refuse(fmt::format("column {} is there twice", FColumns[I]));
+}
+
+bool TCsvReader::Next() {
+  if (!ReadRow()) return false;
+  if (FFields.size() != FColumns.size())
+    Refuse(fmt::format(
+        "{} fields where the first line names {} columns", FFields.size(), FColumns.size()));
+  return true;
+}
+
+// ---------------------------------------------------------------- fields
+
+std::size_t TCsvReader::IndexOf(std::string_view AColumn) const {
+  const auto Found = std::find(FColumns.begin(), FColumns.end(), AColumn);
+  return static_cast<std::size_t>(Found - FColumns.begin());
+}
+
+bool TCsvReader::Has(std::string_view AColumn) const {
+  return IndexOf(AColumn) < FColumns.size();
+}
+
+std::string_view TCsvReader::ColumnOf(std::initializer_list<std::string_view> ANames) const {
+  for (const std::string_view Name : ANames)
+    if (Has(Name)) return Name;
+  throw System::EFileError(fmt::format("{}:1: there is no column {}; there are {}",
+                                       FFileName,
+                                       *ANames.begin(),
+                                       fmt::join(FColumns, ", ")));
+}
+
+std::string_view TCsvReader::GetText(std::string_view AColumn) const {
+  const std::size_t Index = IndexOf(AColumn);
+  return Index < FFields.size() ? std::string_view(FFields[Index]) : std::string_view();
+}
+
+double TCsvReader::GetNumber(std::string_view AColumn, double AFrom, double ATo) const {
+  double Result = 0.0;
+  if (!Parse(GetText(AColumn), Result) || !(Result >= AFrom && Result <= ATo))
+    RefuseField(AColumn, fmt::format("is no number from {} to {}", AFrom, ATo));
+  return Result;
+}
+
+int TCsvReader::GetInteger(std::string_view AColumn, int AFrom, int ATo) const {
+  int Result = 0;
+  if (!Parse(GetText(AColumn), Result) || Result < AFrom || Result > ATo)
+    RefuseField(AColumn, fmt::format("is no whole number from {} to {}", AFrom, ATo));
+  return Result;
+}
+
+void TCsvReader::Refuse(std::string_view AWhat) const {
+  throw System::EFileError(fmt::format("{}:{}: {}", FFileName, FRowLine, AWhat));
+}
+
+void TCsvReader::RefuseField(std::string_view AColumn, std::string_view AWhat) const {
+  constexpr std::size_t MaxShown = 40;
+  Refuse(fmt::format("{}: '{}' {}", AColumn, GetText(AColumn).substr(0, MaxShown), AWhat));
+}
+
+// ---------------------------------------------------------------- text
+
+bool TCsvReader::ReadRow() {
+  while (TakeLineEnd()) {
+  }
+  FRowLine = FLine;
+  if (FAt == FText.size()) return false;
+  FFields.clear();
+  do FFields.push_back(ReadField());
+  while (Take(","));
+  if (FAt < FText.size() && !TakeLineEnd())
+    Refuse("a comma or the end of the line is expected after the closing quote");
+  return true;
+}
+
+std::string TCsvReader::ReadField() {
+  if (Take("\"")) return ReadQuoted();
+  const std::size_t End = std::min(FText.find_first_of(",\r\n", FAt), FText.size());
+  const std::string_view Field = Trim(std::string_view(FText).substr(FAt, End - FAt));
+  FAt = End;
+  return std::string(Field);
+}
+
+std::string TCsvReader::ReadQuoted() {
+  std::string Result;
+  for (; FAt < FText.size(); ++FAt) {
+    if (Take("\"") && (FAt == FText.size() || FText[FAt] != '"')) return Result;
+    if (FText[FAt] == '\n') ++FLine;
+    Result += FText[FAt];
+  }
+  Refuse("the closing quote of a field is missing");
+}
+
+bool TCsvReader::Take(std::string_view AText) {
+  if (FText.compare(FAt, AText.size(), AText) != 0) return false;
+  FAt += AText.size();
+  return true;
+}
+
+bool TCsvReader::TakeLineEnd() {
+  if (!Take("\r\n") && !Take("\n") && !Take("\r")) return false;
+  ++FLine;
+  return true;
+}
+
+}  // namespace Wayfence

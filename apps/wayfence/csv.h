@@ -1,0 +1,55 @@
+// Files of comma-separated values.
+#pragma once
+
+#include <cstddef>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Wayfence {
+
+/// Reads a file whose first line names the columns, row by row. A field may stand in quotes, a
+/// quote in it doubled, and then holds commas and line breaks; spaces around other fields and empty
+/// lines are skipped. Whatever is wrong raises `EFileError` "FILE:LINE: what". One thread at a
+/// time.
+class TCsvReader {
+ public:
+  /// Reads the names of the columns.
+  explicit TCsvReader(const std::string& AFileName);
+
+  /// Goes to the next row; false at the end.
+  bool Next();
+  /// The line on which the row begins, from 1.
+  int GetLine() const noexcept { return FRowLine; }
+
+  bool Has(std::string_view AColumn) const;
+  /// The first of these columns that is there; refuses the file when none is.
+  std::string_view ColumnOf(std::initializer_list<std::string_view> ANames) const;
+  /// The row's field, empty when there is no such column.
+  std::string_view GetText(std::string_view AColumn) const;
+  double GetNumber(std::string_view AColumn, double AFrom, double ATo) const;
+  int GetInteger(std::string_view AColumn, int AFrom, int ATo) const;
+
+  /// Refuses the file because of the row.
+  [[noreturn]] void Refuse(std::string_view AWhat) const;
+  [[noreturn]] void RefuseField(std::string_view AColumn, std::string_view AWhat) const;
+
+ private:
+  bool ReadRow();
+  std::string ReadField();
+  std::string ReadQuoted();
+  bool Take(std::string_view AText);
+  bool TakeLineEnd();
+  std::size_t IndexOf(std::string_view AColumn) const;
+
+  const std::string FFileName;
+  const std::string FText;
+  std::size_t FAt = 0;
+  int FLine = 1;
+  int FRowLine = 1;
+  std::vector<std::string> FColumns;
+  std::vector<std::string> FFields;
+};
+
+}  // namespace Wayfence

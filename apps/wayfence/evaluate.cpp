@@ -1,0 +1,140 @@
+// wayfence evaluate: how far estimated positions are off.
+#include <fmt/format.h>
+
+#include <cmath>
+#include <cstdio>
+
+#include "apps/wayfence/baselines.h"
+#include "apps/wayfence/beacon_list.h"
+#include "apps/wayfence/commands.h"
+#include "apps/wayfence/filter_options.h"
+#include "apps/wayfence/position_errors.h"
+#include "apps/wayfence/position_run.h"
+#include "apps/wayfence/source.h"
+#include "apps/wayfence/truth.h"
+
+namespace Wayfence {
+
+using namespace System;
+using namespace System::Beacon;
+using namespace System::Beacon::Fencing;
+
+namespace {
+
+/// The errors of each way to a position, at the same instants.
+struct TComparison {
+  std::size_t Estimates = 0;
+  TPositionErrors Raw, Reported, Nearest, Centroid, LeastSquares;
+
+  using TEntry = std::pair<const char*, const TPositionErrors*>;
+  std::vector<TEntry> GetEntries() const {
+    return {{"raw", &Raw},
+            {"reported", &Reported},
+            {"nearest", &Nearest},
+            {"centroid", &Centroid},
+            {"leastSquares", &LeastSquares}};
+  }
+};
+
+void Warn(const std::string& AText) {
+  std::fprintf(stderr, "wayfence: %s\n", AText.c_str());
+}
+
+TBeaconFile LoadBeacons(const std::string& AFileName) {
+  TBeaconFile Result = ReadBeaconFile(AFileName);
+  if (Result.Repeated > 0)
+    Warn(fmt::format("{}:{}: {} beacons have the identity of one above; the first one counts",
+                     AFileName,
+                     Result.FirstRepeatedLine,
+                     Result.Repeated));
+  if (Result.OtherMaps > 0)
+    Warn(fmt::format("{}: {} beacons are left out; they are not on map {}, that of the first one",
+                     AFileName,
+                     Result.OtherMaps,
+                     Result.Map));
+  return Result;
+}
+
+void LoadOptions(TParticleFilterOptions& AOptions, const TEvaluateArguments& AArguments) {
+  if (!AArguments.OptionsFile.empty()) LoadFilterOptions(AOptions, AArguments.OptionsFile);
+  if (AArguments.Interval > 0) AOptions.SetUpdateInterval(AArguments.Interval);
+  AOptions.SetSPC(AArguments.SPC);
+}
+
+TRun OpenSimulatedRun(const TSourceArguments& AFrom) {
+  TRun Result = OpenRun(AFrom);
+  if (!Result.Simulation)
+    throw EBeaconSourceError(
+        fmt::format("{}: nobody knows where a radio is; name a recording", AFrom.Source));
+  return Result;
+}
+
+TComparison Compare(
+    const TPositionRun& ARun, const TTruth& ATruth, int AMap, double ASkip, const TRectF& AArea) {
+  TComparison Result;
+  for (const TEstimate& Estimate : ARun.GetEstimates()) {
+    const auto Place = ATruth.GetPlace(Estimate.Seconds, AMap, ASkip);
+    if (!Place) continue;
+    ++Result.Estimates;
+    Result.Raw.Add(Estimate.Raw, *Place);
+    Result.Reported.Add(Estimate.Reported, *Place);
+    const THeardBeacons Heard = ARun.GetStrengths().GetHeard(Estimate.Seconds);
+    if (Heard.empty()) continue;
+    Result.Nearest.Add(NearestPlace(Heard), *Place);
+    Result.Centroid.Add(WeightedCentroid(Heard), *Place);
+    Result.LeastSquares.Add(LeastSquaresPlace(Heard, AArea), *Place);
+  }
+  return Result;
+}
+
+void WarnOfRun(const TPositionRun& ARun, const TComparison& AComparison) {
+  if (ARun.GetFramesWithoutPower() > 0)
+    Warn(fmt::format("{} frames carry no power: the estimator does not see them",
+                     ARun.GetFramesWithoutPower()));
+  if (AComparison.Estimates == 0)
+    Warn(
+        fmt::format("none of {} estimates lies at a known position; see that the beacons, the size "
+                    "and the times belong to the recording",
+                    ARun.GetEstimates().size()));
+}
+
+void PrintJson(const TComparison& AComparison) {
+  TJsonLine Line;
+  Line.Number("estimates", static_cast<std::int64_t>(AComparison.Estimates));
+  for (const auto& [Name, Errors] : AComparison.GetEntries())
+    Line.Json(Name, Errors->ToJson().ToText());
+  Line.Print();
+}
+
+void PrintTable(const TComparison& AComparison) {
+  std::string Text =
+      fmt::format("{} estimates, errors in metres\n\n{:14}", AComparison.Estimates, "");
+  for (const auto& Figure : AComparison.Raw.GetFigures()) Text += fmt::format("{:>9}", Figure.Name);
+  for (const auto& [Name, Errors] : AComparison.GetEntries()) {
+    Text += fmt::format("\n{:14}", Name);
+    for (const auto& Figure : Errors->GetFigures())
+      Text += std::isnan(Figure.Value) ? fmt::format("{:>9}", "-")
+                                       : fmt::format("{:9.3f}", Figure.Value);
+  }
+  std::printf("%s\n", Text.c_str());
+}
+
+}  // namespace
+
+int RunEvaluate(const TEvaluateArguments& AArguments) {
+  const TBeaconFile Beacons = LoadBeacons(AArguments.BeaconFile);
+  const TTruth Truth = TTruth::Read(AArguments.TruthFile);
+  TParticleFilterOptions Options;
+  LoadOptions(Options, AArguments);
+  const TRectF Area{
+      0.0F, 0.0F, static_cast<float>(AArguments.Width), static_cast<float>(AArguments.Height)};
+  TRun Run = OpenSimulatedRun(AArguments.From);
+  TPositionRun Positions(Run, Beacons.Beacons, Options, Area, AArguments.DeathTime);
+  Positions.Perform();
+  const TComparison Comparison = Compare(Positions, Truth, Beacons.Map, AArguments.Skip, Area);
+  WarnOfRun(Positions, Comparison);
+  AArguments.Json ? PrintJson(Comparison) : PrintTable(Comparison);
+  return ExitDone;
+}
+
+}  // namespace Wayfence

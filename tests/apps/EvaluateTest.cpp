@@ -1,0 +1,271 @@
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "apps/wayfence/baselines.h"
+#include "apps/wayfence/position_errors.h"
+#include "apps/wayfence/truth.h"
+#include "support/fake_beacon.h"
+#include "support/program.h"
+
+namespace Wayfence {
+namespace {
+
+using namespace System;
+using namespace System::Beacon;
+
+/// Beside a recording of a device that stands at (3, 4) among beacons in the corners of a square
+/// of 10 m, between the 100th and the 130th second. The frames of one of them carry no power.
+class Evaluate : public ProgramTest {
+ protected:
+  static constexpr const char* Files =
+      "evaluate --beacons beacons.csv --source stand.log --truth truth.csv --size 10x10 ";
+
+  void WriteFiles() override {
+    ReplaceFile(Path("beacons.csv"),
+                "name,x,y,map,kind,uuid,major,minor,namespace,instance,power\r\n"
+                "\"north, \"\"west\"\"\",0,0,2,iBeacon,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,1,,,"
+                "-20\n\n"
+                "b,10,0,2,AltBeacon,{2f234454-cf6d-4a0f-adf2-f4911ba9ffa6},1,2,,,\n"
+                "c, 0 ,10,2,eddystone,,,,00000000000000000000,000000000001,\n"
+                "d,10,10,2,,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,4,,,-59\n"
+                "e,3,4,2,iBeacon,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,4,,,-59\n"
+                "f,3,4,3,iBeacon,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,5,,,-59\n");
+    std::string Truth = "t,x,y,map\n", Recording;
+    for (int I = 0; I < 60; ++I) {
+      const double Seconds = 100.0 + I * 0.5;
+      Truth += fmt::format("{},3,4,2\n", Seconds);
+      const TEddystoneUID UID{{}, {0, 0, 0, 0, 0, 1}};
+      Recording += LogLine(Seconds, 1, RssiAt(0, 0), iBeaconPayload(TestGUID, 1, 1)) +
+                   LogLine(Seconds, 2, RssiAt(10, 0), AltBeaconPayload(0x118, TestGUID, 1, 2)) +
+                   LogLine(Seconds, 3, RssiAt(0, 10), EddystoneUIDPayload(UID)) +
+                   LogLine(Seconds, 4, RssiAt(10, 10), iBeaconPayload(TestGUID, 1, 4, 127));
+    }
+    ReplaceFile(Path("truth.csv"), Truth);
+    ReplaceFile(Path("stand.log"), Recording);
+  }
+
+  nlohmann::json ResultOf(const std::string& AArguments) const {
+    return nlohmann::json::parse(OutputOf(Files + AArguments + " --json"));
+  }
+
+ private:
+  /// Of a beacon with a power of -59 dBm, at (3, 4).
+  static int RssiAt(double AX, double AY) {
+    return static_cast<int>(std::lround(-59 - 20 * std::log10(std::hypot(AX - 3, AY - 4))));
+  }
+};
+
+TEST_F(Evaluate, TellsHowFarPositionsAreOffAlikeEveryTime) {
+  const std::string Arguments = std::string(Files) + "--json";
+  const TOutcome Outcome = Run(Arguments);
+  EXPECT_EQ(Outcome.ExitCode, 0);
+  EXPECT_EQ(
+      Outcome.Messages,
+      "wayfence: beacons.csv:7: 1 beacons have the identity of one above; the first one "
+      "counts\n"
+      "wayfence: beacons.csv: 1 beacons are left out; they are not on map 2, that of the first "
+      "one\n"
+      "wayfence: 60 frames carry no power: the estimator does not see them\n");
+  EXPECT_EQ(OutputOf(Arguments), Outcome.Output);
+  EXPECT_NE(OutputOf(Arguments + " --seed 2"), Outcome.Output);
+
+  const auto Result = nlohmann::json::parse(Outcome.Output);
+  EXPECT_GE(Result["estimates"], 50);
+  EXPECT_EQ(Result.size(), 6U);
+  for (const char* Name : {"raw", "reported", "nearest", "centroid", "leastSquares"}) {
+    const auto& Errors = Result[Name];
+    ASSERT_EQ(Errors.size(), 6U) << Name;
+    double Previous = 0.0;
+    for (const char* Figure : {"median", "p75", "p90", "p95", "max"}) {
+      EXPECT_LE(Previous, Errors[Figure]) << Name << " " << Figure;
+      Previous = Errors[Figure];
+    }
+    EXPECT_LE(Errors["mean"], Errors["max"]) << Name;
+  }
+  EXPECT_EQ(Result["nearest"]["max"], 5.0);
+  EXPECT_LT(Result["leastSquares"]["max"], 0.3);
+  EXPECT_LT(Result["raw"]["median"], 2.0);
+  EXPECT_NE(OutputOf(Files).find(" estimates, errors in metres\n"), std::string::npos);
+}
+
+TEST_F(Evaluate, SettingsReachTheEstimator) {
+  ReplaceFile(Path("slow.json"), R"({ "UpdateInterval": 1000 })");
+  ReplaceFile(Path("many.json"), "{ \"beaconstouse\": 4 } // more than have a distance");
+  const int Estimates = ResultOf("")["estimates"];
+  EXPECT_NEAR(int{ResultOf("--interval 1000")["estimates"]}, Estimates / 2, 2);
+  EXPECT_NEAR(int{ResultOf("--options slow.json")["estimates"]}, Estimates / 2, 2);
+  EXPECT_NEAR(int{ResultOf("--options slow.json --interval 500")["estimates"]}, Estimates, 2);
+  const auto None = ResultOf("--options many.json");
+  EXPECT_EQ(None["estimates"], 0);
+  EXPECT_TRUE(None["raw"]["median"].is_null());
+}
+
+TEST_F(Evaluate, AGapOfYearsIsPassedOver) {
+  ReplaceFile(Path("stand.log"),
+              LogLine(0, 9, -60, iBeaconPayload(TestGUID, 1, 1)) +
+                  ReadWholeFile(Path("stand.log"), 1 << 20) +
+                  LogLine(2e9, 9, -60, iBeaconPayload(TestGUID, 1, 1)));
+  EXPECT_GE(ResultOf("")["estimates"], 50);
+}
+
+TEST_F(Evaluate, RefusalsNameFileAndLine) {
+  struct TFile {
+    const char* Name;
+    const char* Text;
+  };
+  for (const TFile& File :
+       {TFile{"empty.csv", "\n\n"},
+        TFile{"names.csv", "x,y\n"},
+        TFile{"twice.csv", "x,y,x\n"},
+        TFile{"short.csv", "x,y,uuid\n\n1,2\n"},
+        TFile{"quote.csv", "x,y,uuid\n1,2,\"a\n\nb"},
+        TFile{"after.csv", "x,y,uuid\n1,2,\"a\"b"},
+        TFile{"number.csv", "x,y,uuid\n1,2m,a\n"},
+        TFile{"far.csv", "x,y,uuid\n1,1e9,a\n"},
+        TFile{"uuid.csv", "x,y,uuid\n1,2,abc\n"},
+        TFile{"minor.csv",
+              "x,y,uuid,major,minor\n1,2,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,65536\n"},
+        TFile{"kind.csv", "x,y,kind\n1,2,Wifi\n"},
+        TFile{"instance.csv", "x,y,kind,namespace\n1,2,Eddystone,00112233445566778899\n"},
+        TFile{"notime.csv", "x,y\n1,2\n"},
+        TFile{"back.csv", "t,x,y\n1,2,3\n0.9,2,3\n"},
+        TFile{"bad.json", "{\n\"Beacons\": 3\n}"},
+        TFile{"text.json", "3"}})
+    ReplaceFile(Path(File.Name), File.Text);
+
+  const std::string Rest = " --source stand.log --truth truth.csv --size 10x10";
+  struct TCase {
+    const char* Beacons;
+    const char* Message;
+  };
+  for (const TCase& C :
+       {TCase{"missing.csv", ": the file cannot be opened: No such file"},
+        TCase{"empty.csv", ":3: the file is empty; its first line names"},
+        TCase{"names.csv", ":2: there is no beacon in this file"},
+        TCase{"twice.csv", ":1: column x is there twice"},
+        TCase{"truth.csv", ":2: uuid: '' is no UUID"},
+        TCase{"stand.log", ":1: there is no column x; there are {\"t\": 100"},
+        TCase{"short.csv", ":3: 2 fields where the first line names 3 columns"},
+        TCase{"quote.csv", ":2: the closing quote of a field is missing"},
+        TCase{"after.csv", ":2: a comma or the end of the line is expected"},
+        TCase{"number.csv", ":2: y: '2m' is no number from -100000 to 100000"},
+        TCase{"far.csv", ":2: y: '1e9' is no number from -100000 to 100000"},
+        TCase{"uuid.csv", ":2: uuid: 'abc' is no UUID"},
+        TCase{"minor.csv", ":2: minor: '65536' is no whole number from 0 to 65535"},
+        TCase{"kind.csv", ":2: kind: 'Wifi' is none of iBeacon, AltBeacon"},
+        TCase{"instance.csv", ":2: instance: '' does not have 12"}})
+    ExpectRefusal(1,
+                  fmt::format("evaluate --beacons {}{}", C.Beacons, Rest),
+                  fmt::format("wayfence: {}{}", C.Beacons, C.Message));
+
+  const std::string Beacons = "evaluate --beacons beacons.csv --size 10x10 --source stand.log ";
+  const std::string Warnings = Run(Files).Messages;
+  const std::string FileWarnings = Warnings.substr(0, Warnings.find("wayfence: 60 frames"));
+  ExpectRefusal(
+      1, Beacons + "--truth back.csv", FileWarnings + "wayfence: back.csv:3: t: '0.9' is");
+  ExpectRefusal(1,
+                Beacons + "--truth notime.csv",
+                FileWarnings + "wayfence: notime.csv:1: there is no column t; there are x, y");
+  ExpectRefusal(1,
+                Files + std::string("--options bad.json"),
+                FileWarnings + "wayfence: bad.json:2: ParticleFilterOptions.Beacons: there is no");
+  ExpectRefusal(1,
+                Files + std::string("--options text.json"),
+                FileWarnings + "wayfence: text.json:1: ParticleFilterOptions: an object {");
+  ExpectRefusal(1,
+                "evaluate --beacons beacons.csv --size 10x10 --source bluez --truth truth.csv",
+                FileWarnings + "wayfence: bluez: nobody knows where a radio is");
+  ExpectRefusal(2, "evaluate --beacons beacons.csv --truth truth.csv", "--s");
+  for (const char* Size : {"10", "10x", "10x10m", "0x10", "10x-1", "axb"})
+    ExpectRefusal(2, Files + fmt::format("--size {}", Size), "--size: ");
+}
+
+// ---------------------------------------------------------------- parts
+
+TEST(Truth, LiesOnALineBetweenTwoRowsButNeverAcrossAJump) {
+  const TTruth Truth({{10, {0, 0}, 0},
+                      {11, {1, 0}, 0},
+                      {12, {2, 0}, 0},
+                      {17, {4, 0}, 0},     // slowly, and no pause among such rows: a walk
+                      {40, {4.2F, 0}, 0},  // a pause, but it stays
+                      {70, {8, 0}, 0},     // a pause
+                      {71, {8, 0}, 0},
+                      {71.25, {8.25F, 0}, 0},
+                      {71.5, {9.5F, 0}, 0},  // too fast
+                      {71.75, {9.5F, 0}, 1}});
+  constexpr double None = -1.0;
+  struct TCase {
+    double Seconds;
+    double Skip;
+    double X;
+  };
+  for (const TCase& C : {TCase{8.9, 0, None},
+                         TCase{9.5, 3, 0},
+                         TCase{10.25, 3, 0.25},
+                         TCase{12.5, 3, 2.2},
+                         TCase{14, 3, None},
+                         TCase{16.5, 3, 3.8},
+                         TCase{40.5, 3, 4.2},
+                         TCase{55, 0, None},
+                         TCase{69.5, 0, 8},
+                         TCase{69.5, 1, None},
+                         TCase{70.5, 1, None},
+                         TCase{71, 1, 8},
+                         TCase{71.35, 1, 8.25},
+                         TCase{71.45, 0, 9.5},
+                         TCase{71.5, 1, None},
+                         TCase{71.6, 0, 9.5},
+                         TCase{71.7, 0, None},
+                         TCase{72, 0, None}}) {
+    const auto Place = Truth.GetPlace(C.Seconds, 0, C.Skip);
+    EXPECT_NEAR(Place ? Place->X : None, C.X, 1e-5) << C.Seconds << " skip " << C.Skip;
+  }
+}
+
+TEST(Baselines, HearTheMeanOfTheTwoSecondsBeforeTheLastStrength) {
+  TStrengthLog Log({{1, 0}, {2, 0}}, 0.5);
+  Log.Add(10, 0, 99);
+  Log.Add(12, 0, 20);
+  Log.Add(12.5, 1, 10);
+  Log.Add(13.9, 0, 40);
+  Log.Add(20, 0, 0);
+  EXPECT_TRUE(Log.GetHeard(9.9).empty());
+  const THeardBeacons Heard = Log.GetHeard(19);
+  ASSERT_EQ(Heard.size(), 2U);
+  EXPECT_EQ(Heard[0].Place, (TPointF{2, 0}));
+  EXPECT_NEAR(Heard[0].Distance, std::sqrt(10.0), 1e-12);
+  EXPECT_NEAR(Heard[1].Distance, std::pow(10.0, 1.5), 1e-9);
+  EXPECT_EQ(Log.GetHeard(20).size(), 1U);
+}
+
+TEST(Baselines, FindThePlace) {
+  const TRectF Area{0, 0, 10, 10};
+  const auto HeardFrom = [](TPointF APlace, std::vector<TPointF> ABeacons) {
+    THeardBeacons Result;
+    for (const TPointF Beacon : ABeacons)
+      Result.push_back({Beacon, std::hypot(Beacon.X - APlace.X, Beacon.Y - APlace.Y)});
+    return Result;
+  };
+  const std::vector<TPointF> Corners{{0, 0}, {0, 10}, {10, 0}, {10, 10}};
+  for (const TPointF Place : {TPointF{3, 4}, TPointF{0, 0}, TPointF{9, 2}, TPointF{5, 5}}) {
+    const TPointF Found = LeastSquaresPlace(HeardFrom(Place, Corners), Area);
+    EXPECT_NEAR(std::hypot(Found.X - Place.X, Found.Y - Place.Y), 0, 1e-3) << Place.X;
+  }
+  EXPECT_EQ(LeastSquaresPlace(HeardFrom({20, 20}, Corners), Area), (TPointF{10, 10}));
+  const THeardBeacons Line{{{0, 0}, 1}, {{4, 0}, 2}, {{8, 4}, 4}, {{8, 8}, 4}, {{99, 99}, 5}};
+  EXPECT_EQ(NearestPlace(Line), (TPointF{0, 0}));
+  EXPECT_EQ(WeightedCentroid(Line), (TPointF{3, 1.5F}));
+  const THeardBeacons Two{{{0, 0}, 0}, {{4, 0}, 0.3}};
+  EXPECT_EQ(LeastSquaresPlace(Two, Area), (TPointF{1, 0}));
+}
+
+TEST(PositionErrors, PercentilesLieBetweenTheErrorsInOrder) {
+  TPositionErrors Errors;
+  for (const float X : {9.0F, 1.0F, 4.0F, 2.0F}) Errors.Add({X, 0}, {0, 0});
+  EXPECT_EQ(Errors.ToJson().ToText(),
+            "{\"median\": 3.000, \"p75\": 5.250, \"p90\": 7.500, \"p95\": 8.250, \"max\": 9.000, "
+            "\"mean\": 4.000}");
+}
+
+}  // namespace
+}  // namespace Wayfence
