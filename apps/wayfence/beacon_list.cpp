@@ -47,8 +47,8 @@ class TBeaconFileReader {
     TListedBeacon::TRow Result;
     Result.Name = FCsv.GetText("name");
     Result.Place = {ReadMetres(FX), ReadMetres(FY)};
-    if (FCsv.Has("map")) Result.Map = FCsv.GetInteger("map", 0, MaxMap);
-    if (FCsv.Has("kind")) Result.Kind = ReadKind();
+    if (!FCsv.GetText("map").empty()) Result.Map = FCsv.GetInteger("map", 0, MaxMap);
+    if (!FCsv.GetText("kind").empty()) Result.Kind = ReadKind();
     if (!FCsv.GetText("power").empty()) Result.Power = FCsv.GetInteger("power", -127, 126);
     if (Result.Kind == TKindofBeacon::Eddystone)
       ReadUID(Result);

@@ -53,13 +53,9 @@ std::size_t TCsvReader::IndexOf(std::string_view AColumn) const {
   return static_cast<std::size_t>(Found - FColumns.begin());
 }
 
-bool TCsvReader::Has(std::string_view AColumn) const {
-  return IndexOf(AColumn) < FColumns.size();
-}
-
 std::string_view TCsvReader::ColumnOf(std::initializer_list<std::string_view> ANames) const {
   for (const std::string_view Name : ANames)
-    if (Has(Name)) return Name;
+    if (IndexOf(Name) < FColumns.size()) return Name;
   throw System::EFileError(fmt::format("{}:1: there is no column {}; there are {}",
                                        FFileName,
                                        *ANames.begin(),

@@ -23,7 +23,6 @@ class TCsvReader {
   /// The line on which the row begins, from 1.
   int GetLine() const noexcept { return FRowLine; }
 
-  bool Has(std::string_view AColumn) const;
   /// The first of these columns that is there; refuses the file when none is.
   std::string_view ColumnOf(std::initializer_list<std::string_view> ANames) const;
   /// The row's field, empty when there is no such column.

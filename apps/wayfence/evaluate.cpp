@@ -40,19 +40,21 @@ void Warn(const std::string& AText) {
   std::fprintf(stderr, "wayfence: %s\n", AText.c_str());
 }
 
-TBeaconFile LoadBeacons(const std::string& AFileName) {
-  TBeaconFile Result = ReadBeaconFile(AFileName);
-  if (Result.Repeated > 0)
-    Warn(fmt::format("{}:{}: {} beacons have the identity of one above; the first one counts",
+std::string Counted(std::uint64_t ACount, const char* AWhat) {
+  return fmt::format("{} {}{}", ACount, AWhat, ACount == 1 ? "" : "s");
+}
+
+void WarnOfBeacons(const TBeaconFile& ABeacons, const std::string& AFileName) {
+  if (ABeacons.Repeated > 0)
+    Warn(fmt::format("{}:{}: {} with the identity of one above; the first one counts",
                      AFileName,
-                     Result.FirstRepeatedLine,
-                     Result.Repeated));
-  if (Result.OtherMaps > 0)
-    Warn(fmt::format("{}: {} beacons are left out; they are not on map {}, that of the first one",
+                     ABeacons.FirstRepeatedLine,
+                     Counted(ABeacons.Repeated, "beacon")));
+  if (ABeacons.OtherMaps > 0)
+    Warn(fmt::format("{}: {} left out, not on map {} as the first one is",
                      AFileName,
-                     Result.OtherMaps,
-                     Result.Map));
-  return Result;
+                     Counted(ABeacons.OtherMaps, "beacon"),
+                     ABeacons.Map));
 }
 
 void LoadOptions(TParticleFilterOptions& AOptions, const TEvaluateArguments& AArguments) {
@@ -89,8 +91,8 @@ TComparison Compare(
 
 void WarnOfRun(const TPositionRun& ARun, const TComparison& AComparison) {
   if (ARun.GetFramesWithoutPower() > 0)
-    Warn(fmt::format("{} frames carry no power: the estimator does not see them",
-                     ARun.GetFramesWithoutPower()));
+    Warn(fmt::format("{} without a power: the estimator does not see them",
+                     Counted(ARun.GetFramesWithoutPower(), "frame")));
   if (AComparison.Estimates == 0)
     Warn(
         fmt::format("none of {} estimates lies at a known position; see that the beacons, the size "
@@ -122,7 +124,7 @@ void PrintTable(const TComparison& AComparison) {
 }  // namespace
 
 int RunEvaluate(const TEvaluateArguments& AArguments) {
-  const TBeaconFile Beacons = LoadBeacons(AArguments.BeaconFile);
+  const TBeaconFile Beacons = ReadBeaconFile(AArguments.BeaconFile);
   const TTruth Truth = TTruth::Read(AArguments.TruthFile);
   TParticleFilterOptions Options;
   LoadOptions(Options, AArguments);
@@ -132,6 +134,7 @@ int RunEvaluate(const TEvaluateArguments& AArguments) {
   TPositionRun Positions(Run, Beacons.Beacons, Options, Area, AArguments.DeathTime);
   Positions.Perform();
   const TComparison Comparison = Compare(Positions, Truth, Beacons.Map, AArguments.Skip, Area);
+  WarnOfBeacons(Beacons, AArguments.BeaconFile);
   WarnOfRun(Positions, Comparison);
   AArguments.Json ? PrintJson(Comparison) : PrintTable(Comparison);
   return ExitDone;

@@ -48,17 +48,26 @@ TPositionRun::TPositionRun(TRun& ARun,
   FCalculator->SetOnEstimatingPosition([this](const TPointF& ARaw, const TPointF& AReported) {
     FEstimates.push_back({GetSeconds(), ToMap(ARaw), ToMap(AReported)});
   });
+  SetApplicationExceptionHandler(
+      [this](TObject*, const std::exception& AError) { FFailure = AError.what(); });
   ConfigureManager(ABeacons, ADeathTime);
   ConnectManager();
+}
+
+TPositionRun::~TPositionRun() {
+  FManager.reset();
+  FCalculator.reset();
+  SetApplicationExceptionHandler({});
 }
 
 void TPositionRun::Perform() {
   FManager->StartScan();
   StepUntilEnd();
   FManager->StopScan();
-  FCalculator->SetOnEstimatingPosition({});
+  FCalculator.reset();
   FRun.Source->ReportProblems();
   FRun.Source->RaiseError();
+  if (!FFailure.empty()) throw EGeneralError("the estimator has failed: " + FFailure);
 }
 
 // ---------------------------------------------------------------- the beacon service

@@ -30,8 +30,12 @@ class TPositionRun {
                const System::Beacon::Fencing::TParticleFilterOptions& AOptions,
                const System::TRectF& AArea,
                int ADeathTime);
+  ~TPositionRun();
+  TPositionRun(const TPositionRun&) = delete;
+  TPositionRun& operator=(const TPositionRun&) = delete;
 
-  /// Runs to the end of the recording. Raises what the source raises.
+  /// Runs to the end of the recording, once. Raises what the source raises, and what the estimator
+  /// has failed with.
   void Perform();
 
   const std::vector<TEstimate>& GetEstimates() const noexcept { return FEstimates; }
@@ -61,7 +65,8 @@ class TPositionRun {
   const System::Beacon::Fencing::TParticleFilterOptions& FOptions;
   System::Beacon::Fencing::TFencingMap FMap;
   TStrengthLog FStrengths;            // reporting thread while it runs
-  std::vector<TEstimate> FEstimates;  // calculator's thread while its handler is set
+  std::vector<TEstimate> FEstimates;  // calculator's thread while there is one
+  std::string FFailure;               // the same
   std::uint64_t FFramesWithoutPower = 0;
   std::atomic<System::TTicks> FLastHeard;
   System::TEvent FHeard{"a listed beacon"};

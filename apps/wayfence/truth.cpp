@@ -63,7 +63,7 @@ TTruth TTruth::Read(const std::string& AFileName) {
     Row.Seconds = Csv.GetNumber("t", -MaxSeconds, MaxSeconds);
     Row.Place = {static_cast<float>(Csv.GetNumber("x", -MaxMetres, MaxMetres)),
                  static_cast<float>(Csv.GetNumber("y", -MaxMetres, MaxMetres))};
-    if (Csv.Has("map")) Row.Map = Csv.GetInteger("map", 0, MaxMap);
+    if (!Csv.GetText("map").empty()) Row.Map = Csv.GetInteger("map", 0, MaxMap);
     if (!Rows.empty() && Row.Seconds < Rows.back().Seconds)
       Csv.RefuseField("t", "is earlier than the row before; sort the rows by time");
     Rows.push_back(Row);
