@@ -14,12 +14,14 @@ constexpr TTicks QuietAfter = 60 * TicksPerSecond;
 
 std::vector<TPointF> PlacesOf(const std::vector<TRef<TListedBeacon>>& ABeacons) {
   std::vector<TPointF> Result;
+  Result.reserve(ABeacons.size());
   for (const TRef<TListedBeacon>& Beacon : ABeacons) Result.push_back(Beacon->GetDisplacement());
   return Result;
 }
 
 TFencingBeacons RecordsOf(const std::vector<TRef<TListedBeacon>>& ABeacons) {
   std::vector<TFencingBeacon> Result;
+  Result.reserve(ABeacons.size());
   for (const TRef<TListedBeacon>& Beacon : ABeacons) Result.push_back({nullptr, Beacon, 0.0});
   return TFencingBeacons(std::move(Result));
 }

@@ -90,8 +90,8 @@ TEST_F(Evaluate, SettingsReachTheEstimator) {
   ReplaceFile(Path("slow.json"), R"({ "UpdateInterval": 1000 })");
   ReplaceFile(Path("many.json"), "{ \"beaconstouse\": 4 } // more than have a distance");
   const int Estimates = ResultOf("")["estimates"];
-  EXPECT_NEAR(int{ResultOf("--interval 1000")["estimates"]}, Estimates / 2, 2);
-  EXPECT_NEAR(int{ResultOf("--options slow.json")["estimates"]}, Estimates / 2, 2);
+  EXPECT_NEAR(int{ResultOf("--interval 1000")["estimates"]}, Estimates / 2.0, 2);
+  EXPECT_NEAR(int{ResultOf("--options slow.json")["estimates"]}, Estimates / 2.0, 2);
   EXPECT_NEAR(int{ResultOf("--options slow.json --interval 500")["estimates"]}, Estimates, 2);
   const auto None = ResultOf("--options many.json");
   EXPECT_EQ(None["estimates"], 0);
