@@ -58,6 +58,8 @@ class TContiguityMatrix {
   std::int32_t GetLength() const { return GetRows().GetLength(); }
   TRow operator[](std::int32_t ARow) const { return TRow(GetRows().GetLinks(ARow)); }
   TRows GetRows() const;
+  /// The largest weight that a route can use.
+  double GetLongestLink() const { return FLongestLink; }
 
   /// Builds the matrix anew. Links to nodes that are not there, and links of weight 0 (two nodes
   /// in one place of one map), are left out. Linear in nodes and links, but for sorting each row.
@@ -66,6 +68,7 @@ class TContiguityMatrix {
  private:
   TArray<std::int32_t> FFirst;  // row r is FLinks[FFirst[r]] to FLinks[FFirst[r + 1]]
   TArray<TLink> FLinks;
+  double FLongestLink = 0.0;
 };
 
 /// The last route of a calculator, common to the calculator and all its copies. Read on any thread,
@@ -94,7 +97,7 @@ class TSharedRoute {
   std::shared_ptr<TCell> FCell;  // none while there is no graph
 };
 
-/// Finds the shortest route between two nodes (Dijkstra, 1959, with a binary heap). Among routes of
+/// Finds the shortest route between two nodes (Dijkstra, 1959). Among routes of
 /// equal length it finds the one that always goes on from the lowest node number. Nothing raises.
 /// Copies are cheap: they share the graph, the last route and the memory of the searches, which
 /// wait for each other. The input arrays are shared with the caller and are not to be changed
@@ -103,6 +106,8 @@ class TRouteCalculator {
  public:
   /// What a link between two maps costs, whatever the positions.
   static constexpr double CostBetweenMaps = 1000.0;
+  /// Routes are shorter than this.
+  static constexpr double Unreached = 2147483647.0;
 
   /// Takes a new graph, on which there is no last route yet. Copies made before keep the old one.
   void Initialize(const TArray<TPathPoint>& APointsList, const TArray<TPathEdge>& APathEdgesList);

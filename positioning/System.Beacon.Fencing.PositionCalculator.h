@@ -248,6 +248,7 @@ class TTrilateration : public TPositionCalculator {
   void TakeBeacons(const TFencingBeacons& ABeacons);
   void Report(TPointF ARaw);
   void CallHandler(TPointF ARaw, TPointF AFitted);
+  void LeaveHandler();
 
   TCalibration* FindCalibration(const TRef<IBeacon>& ABeacon);
   TCalibration& KeepCalibration(const TFencingBeacon& ABeacon);
@@ -279,10 +280,10 @@ class TTrilateration : public TPositionCalculator {
   TTime StartingTimestamp = 0.0;
   std::unique_ptr<TPositionFitter> FFitter;
 
-  mutable std::mutex FHandlerLock;  // guards FOnEstimatingPosition, FHandlerThread
+  mutable std::mutex FHandlerLock;  // guards the three below
   TEstimatedPositionEvent FOnEstimatingPosition;
   TThreadId FHandlerThread = nullptr;  // that is inside the handler
-  TEvent FHandlerLeft{"an estimate handler to return"};
+  std::vector<std::shared_ptr<TEvent>> FWaitingForHandler;
 
   TEvent FRoundsEnd{"the end of a calibration"};
   TEvent FAwakeningEvent{"a step to calculate"};

@@ -62,6 +62,10 @@ void TContiguityMatrix::Assign(const TArray<TPathPoint>& APoints, const TArray<T
     RowFirst.push_back(static_cast<std::int32_t>(RowLinks.size()));
   }
   FFirst = TArray<std::int32_t>(std::move(RowFirst));
+  FLongestLink = 0.0;
+  for (const TLink& Link : RowLinks)
+    if (Link.Weight < TRouteCalculator::Unreached)
+      FLongestLink = std::max(FLongestLink, Link.Weight);
   FLinks = TArray<TLink>(std::move(RowLinks));
 }
 

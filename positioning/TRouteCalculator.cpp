@@ -1,25 +1,19 @@
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
 #include "positioning/System.Beacon.Fencing.PathFinder.h"
+#include "positioning/node_queue.h"
+#include "positioning/segment_foot.h"
 
 namespace System::Beacon::Fencing {
 namespace {
 
-constexpr double Unreached = 2147483647.0;
-
 bool IsNode(std::int32_t ANode, std::size_t ACount) {
   return ANode >= 0 && static_cast<std::size_t>(ANode) < ACount;
-}
-
-/// Towards 0, and into the range of the result.
-double Truncated(double AValue) {
-  constexpr double Limit = std::numeric_limits<std::int32_t>::max();
-  return std::isnan(AValue) ? 0.0 : std::trunc(std::clamp(AValue, -Limit, Limit));
 }
 
 }  // namespace
@@ -42,49 +36,37 @@ void TSharedRoute::Set(TArray<TRouteStep> ARoute) const {
 
 /// The last question and its answer, and the memory of the searches.
 struct TRouteCalculator::TSearch {
-  struct TNodeState {
-    double Distance;
-    bool IsDone;
-  };
-  using TCandidate = std::pair<double, std::int32_t>;  // distance, node
-
-  void Run(TContiguityMatrix::TRows AMatrix, std::int32_t AStart, std::int32_t ATarget);
+  void Run(const TContiguityMatrix& AMatrix, std::int32_t AStart, std::int32_t ATarget);
 
   std::mutex Lock;             // guards everything below
   TPathEdge Question{-1, -1};  // start and target
   TArray<TRouteStep> Answer;
-  std::vector<TNodeState> States;
+  std::vector<double> Distances;
   std::vector<std::int32_t> Predecessors;
-  std::vector<TCandidate> Candidates;
+  TNodeQueue Queue;
 };
 
-/// Nodes leave the heap by distance, then by number: the order in which a walk over all nodes would
-/// pick them. Entries that a shorter way has overtaken are skipped.
-void TRouteCalculator::TSearch::Run(TContiguityMatrix::TRows AMatrix,
+/// Nodes leave the queue by distance, then by number: the order in which a walk over all nodes
+/// would pick them. Entries that a shorter way has overtaken are skipped.
+void TRouteCalculator::TSearch::Run(const TContiguityMatrix& AMatrix,
                                     std::int32_t AStart,
                                     std::int32_t ATarget) {
-  constexpr std::greater<> Later;
-  const auto Count = static_cast<std::size_t>(AMatrix.GetLength());
-  States.assign(Count, {Unreached, false});
+  const TContiguityMatrix::TRows Rows = AMatrix.GetRows();
+  const auto Count = static_cast<std::size_t>(Rows.GetLength());
+  Distances.assign(Count, Unreached);
   Predecessors.assign(Count, -1);
-  Candidates.assign(1, {0.0, AStart});
-  TNodeState* const Nodes = States.data();
-  Nodes[AStart].Distance = 0.0;
-  while (!Candidates.empty()) {
-    std::pop_heap(Candidates.begin(), Candidates.end(), Later);
-    const std::int32_t Node = Candidates.back().second;
-    Candidates.pop_back();
-    TNodeState& State = Nodes[Node];
-    if (std::exchange(State.IsDone, true)) continue;
-    if (Node == ATarget) break;
-    for (const auto& [Neighbour, Weight] : AMatrix.GetLinks(Node)) {
-      TNodeState& Other = Nodes[Neighbour];
-      const double Distance = State.Distance + Weight;
-      if (Other.IsDone || !(Distance < Other.Distance)) continue;
-      Other.Distance = Distance;
+  Distances[AStart] = 0.0;
+  Queue.Clear(AMatrix.GetLongestLink());
+  Queue.Push(0.0, AStart);
+  for (TNodeQueue::TEntry Entry{}; Queue.Pop(Entry) && Entry.Node != ATarget;) {
+    const auto [Distance, Node] = Entry;
+    if (Distance != Distances[Node]) continue;
+    for (const auto& [Neighbour, Weight] : Rows.GetLinks(Node)) {
+      const double Longer = Distance + Weight;
+      if (!(Longer < Distances[Neighbour])) continue;
+      Distances[Neighbour] = Longer;
       Predecessors[Neighbour] = Node;
-      Candidates.emplace_back(Distance, Neighbour);
-      std::push_heap(Candidates.begin(), Candidates.end(), Later);
+      Queue.Push(Longer, Neighbour);
     }
   }
 }
@@ -131,7 +113,7 @@ void TRouteCalculator::CalculateMinimalPath(std::int32_t AInitialPoint,
   const TPathEdge Question{AInitialPoint, ADestinyPoint};
   const std::lock_guard Guard(FSearch->Lock);
   if (Question != FSearch->Question) {
-    FSearch->Run(ContiguityMatrix.GetRows(), AInitialPoint, ADestinyPoint);
+    FSearch->Run(ContiguityMatrix, AInitialPoint, ADestinyPoint);
     FSearch->Answer = Follow(FSearch->Predecessors, ADestinyPoint);
     FSearch->Question = Question;
   }
@@ -180,15 +162,8 @@ std::int32_t TRouteCalculator::DistanceToPointLine(TPointF APoint,
   constexpr std::int32_t NoLength = -1, NoFoot = -2;
   const double Length = Distance(ASegmentP2, ASegmentP1);
   if (Length < 1E-12) return NoLength;
-  const double Dx = static_cast<double>(ASegmentP2.X) - ASegmentP1.X;
-  const double Dy = static_cast<double>(ASegmentP2.Y) - ASegmentP1.Y;
-  const double T = ((static_cast<double>(APoint.X) - ASegmentP1.X) * Dx +
-                    (static_cast<double>(APoint.Y) - ASegmentP1.Y) * Dy) /
-                   (Length * Length);
-  if (!(T >= 1E-6 && T <= 1.0)) return NoFoot;
-  const TPointF Foot{static_cast<float>(Truncated(ASegmentP1.X + T * Dx)),
-                     static_cast<float>(Truncated(ASegmentP1.Y + T * Dy))};
-  return static_cast<std::int32_t>(Truncated(Distance(APoint, Foot)));
+  const std::optional<TPointF> Foot = FootOnSegment(APoint, ASegmentP1, ASegmentP2);
+  return Foot ? Truncated(Distance(APoint, *Foot)) : NoFoot;
 }
 
 bool TRouteCalculator::Contains(std::int32_t ANode) const {

@@ -132,14 +132,17 @@ TEstimatedPositionEvent TTrilateration::GetOnEstimatingPosition() const {
 }
 
 void TTrilateration::SetOnEstimatingPosition(TEstimatedPositionEvent AValue) {
-  bool IsRunningElsewhere = false;
+  std::shared_ptr<TEvent> Left;
   {
     const std::lock_guard Guard(FHandlerLock);
-    if (AValue == FOnEstimatingPosition) return;
+    if (AValue && AValue == FOnEstimatingPosition) return;
     std::swap(FOnEstimatingPosition, AValue);
-    IsRunningElsewhere = FHandlerThread && !IsActingFor(FHandlerThread);
+    if (FHandlerThread && !IsActingFor(FHandlerThread)) {
+      Left = std::make_shared<TEvent>("an estimate handler to return");
+      FWaitingForHandler.push_back(Left);
+    }
   }
-  if (IsRunningElsewhere) FHandlerLeft.WaitUntil(NoDeadline);
+  if (Left) Left->WaitUntil(NoDeadline);
 }
 
 void TTrilateration::CallHandler(TPointF ARaw, TPointF AFitted) {
@@ -149,17 +152,19 @@ void TTrilateration::CallHandler(TPointF ARaw, TPointF AFitted) {
     Handler = FOnEstimatingPosition;
     if (!Handler) return;
     FHandlerThread = CurrentThreadId();
-    FHandlerLeft.ResetEvent();
   }
   struct TLeave {
     TTrilateration& Calculator;
-    ~TLeave() {
-      const std::lock_guard Guard(Calculator.FHandlerLock);
-      Calculator.FHandlerThread = nullptr;
-      Calculator.FHandlerLeft.SetEvent();
-    }
+    ~TLeave() { Calculator.LeaveHandler(); }
   } const Leave{*this};
   Handler(ARaw, AFitted);
+}
+
+void TTrilateration::LeaveHandler() {
+  const std::lock_guard Guard(FHandlerLock);
+  FHandlerThread = nullptr;
+  for (const auto& Left : FWaitingForHandler) Left->SetEvent();
+  FWaitingForHandler.clear();
 }
 
 // ---------------------------------------------------------------- a calculation

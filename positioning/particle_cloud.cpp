@@ -5,7 +5,6 @@
 #include <limits>
 #include <numbers>
 
-#include "platform/random.h"
 #include "positioning/gaussian.h"
 
 namespace System::Beacon::Fencing {
@@ -26,11 +25,11 @@ std::int32_t FirstWideParticle(std::int32_t ALength) {
 }  // namespace
 
 TParticleCloud::TParticleCloud(std::function<double()> ARandom)
-    : FKernel(ChooseParticleKernel()), FRandom(std::move(ARandom)), FUniform(FRandom) {
-  TRandomStream Stream = SplitRandomStream();
+    : FKernel(ChooseParticleKernel()),
+      FRandom(std::move(ARandom)),
+      FSpreadStream(SplitRandomStream()) {
   for (auto& Words : FGenerators.Words)
-    for (std::uint64_t& Word : Words) Word = Stream.Next();
-  if (!FUniform) FUniform = [Stream]() mutable { return Stream.NextDouble(); };
+    for (std::uint64_t& Word : Words) Word = FSpreadStream.Next();
 }
 
 void TParticleCloud::SetLength(std::int32_t ALength) {
@@ -63,11 +62,12 @@ void TParticleCloud::SetRoom(const TParticle& AFill) {
 
 void TParticleCloud::Spread(const TRectF& ARect) {
   Expand();
+  const auto Uniform = [this] { return FRandom ? FRandom() : FSpreadStream.NextDouble(); };
   const double Width = static_cast<double>(ARect.Right) - ARect.Left + 1.0;
   const double Height = static_cast<double>(ARect.Bottom) - ARect.Top + 1.0;
   for (std::int32_t I = 0; I < FLength; ++I) {
-    FX[I] = static_cast<float>(FUniform() * Width + ARect.Left);
-    FY[I] = static_cast<float>(FUniform() * Height + ARect.Top);
+    FX[I] = static_cast<float>(Uniform() * Width + ARect.Left);
+    FY[I] = static_cast<float>(Uniform() * Height + ARect.Top);
     FP[I] = 1.0;
   }
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "fencing/System.Beacon.Fencing.Types.h"
+#include "platform/random.h"
 #include "positioning/particle_kernel.h"
 
 namespace System::Beacon::Fencing {
@@ -49,7 +50,7 @@ class TParticleCloud {
 
   const TParticleKernel FKernel;
   const std::function<double()> FRandom;
-  std::function<double()> FUniform;  // what a cloud is spread with
+  TRandomStream FSpreadStream;  // what a cloud is spread with, without given numbers
   TLaneGenerators FGenerators{};
 
   std::int32_t FLength = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include "positioning/segment_foot.h"
 
@@ -36,6 +37,13 @@ bool IsSameValue(float A, float B) {
 }
 bool IsSamePlace(TPointF A, TPointF B) {
   return IsSameValue(A.X, B.X) && IsSameValue(A.Y, B.Y);
+}
+
+/// Pieces that are next to nothing have no foot.
+std::optional<TPointF> FootOn(const TSegment& APiece, TPointF APoint) {
+  constexpr double Shortest = 1E-6;
+  if (Distance(APiece.P1, APiece.P2) < Shortest) return std::nullopt;
+  return FootOnSegment(APoint, APiece.P1, APiece.P2);
 }
 
 /// The middle of the step of a piece that a point on it falls into. Steps are 100 units long
@@ -81,7 +89,7 @@ TPositionFitter::TFoot TPositionFitter::FindFoot(const TMove& AMove, TPointF ARa
   TFoot Result{{}, Farthest};
   std::int32_t Piece = 0;
   for (const TSegment& Path : FPaths) {
-    if (const auto Foot = FootOnSegment(AMove.To, Path.P1, Path.P2)) {
+    if (const auto Foot = FootOn(Path, AMove.To)) {
       const std::int32_t Away = Truncated(Distance(AMove.IsFar ? ARaw : AMove.To, *Foot));
       if (Away < Result.Distance) Result = {*Foot, Away, Piece};
     }

@@ -18,12 +18,11 @@ inline std::int32_t Truncated(double AValue) {
 }
 
 /// The foot of a point on the segment from `AP1` to `AP2`, in whole units; nothing when it falls
-/// on the first end or outside the segment, or the segment has no length.
+/// on the first end or outside the segment, or the segment has no length at all.
 inline std::optional<TPointF> FootOnSegment(TPointF APoint, TPointF AP1, TPointF AP2) {
   const double Dx = static_cast<double>(AP2.X) - AP1.X;
   const double Dy = static_cast<double>(AP2.Y) - AP1.Y;
   const double SquaredLength = Dx * Dx + Dy * Dy;
-  if (!(SquaredLength >= 1E-12)) return std::nullopt;
   const double T = ((static_cast<double>(APoint.X) - AP1.X) * Dx +
                     (static_cast<double>(APoint.Y) - AP1.Y) * Dy) /
                    SquaredLength;

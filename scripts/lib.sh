@@ -12,7 +12,7 @@ jobs=${JOBS:-$(nproc)}
 build_packages=(g++ cmake ninja-build pkg-config ccache libfmt-dev nlohmann-json3-dev
   libcli11-dev libpcap-dev libsystemd-dev libgtest-dev)
 # What the tests run.
-test_packages=(dbus gzip)
+test_packages=(dbus gzip python3)
 bench_packages=(libbenchmark-dev libboost-graph-dev)
 clang_packages=(clang libclang-rt-14-dev)
 

@@ -97,6 +97,10 @@ TEST_P(CalculatorThread, AClearedHandlerHasBeenLeftAndIsNotEnteredAgain) {
     Sleep(20);
     TThread::Synchronize([] {});
   };
+  const auto ClearAndAsk = [&] {
+    Clear();
+    AskMainThread();
+  };
   struct TCase {
     const char* What;
     std::function<void()> InHandler, Meanwhile;
@@ -105,7 +109,8 @@ TEST_P(CalculatorThread, AClearedHandlerHasBeenLeftAndIsNotEnteredAgain) {
        {TCase{"from inside", Clear, [] {}},
         TCase{"in a hand-off", [&] { TThread::Synchronize(Clear); }, [] {}},
         TCase{"by the main thread that it waits for", AskMainThread, ClearOutside},
-        TCase{"by another thread", AskMainThread, ClearOnAThread}}) {
+        TCase{"by another thread", AskMainThread, ClearOnAThread},
+        TCase{"from inside and again by another thread", ClearAndAsk, ClearOnAThread}}) {
     SCOPED_TRACE(Case.What);
     Make(Case.InHandler);
     EXPECT_TRUE(Step(BeaconAt({2, 2})));

@@ -75,7 +75,7 @@ class TScenario {
     Options.SetSignalRelativeStdDev(N.Float(2));
     FParticlesNumber = static_cast<std::size_t>(N.Integer(0));
     if (FCalculator) return FCalculator->ApplyOptions(Options);
-    FCalculator.emplace(Options, FMap, FPaths, [this] { return FRandom(); });
+    FCalculator.emplace(Options, FMap, FPaths, FRandom);
     FCalculator->SetOnEstimatingPosition([this](const TPointF& ARaw, const TPointF& AReported) {
       FEstimates = {ARaw, AReported};
     });
