@@ -23,6 +23,54 @@ class TCallableBase : public TObject {
   mutable std::atomic<int> FRefCount{1};
 };
 
+/// A handler whose arguments are not known: code and receiver, 16 bytes. Two are equal when both
+/// parts are. Keeps the callable behind it, if there is one. Lists of handlers of different kinds
+/// are made of these.
+class TAnyMethod {
+ public:
+  /// The code part: one writable object per bound method or kind of callable, so that no linker
+  /// folds two of them into one. Handlers of one signature extend it by their entry point.
+  struct TCodeBase {
+    bool IsCounted;  // the receiver is a holder of a callable
+  };
+
+  TAnyMethod() = default;
+  TAnyMethod(const TAnyMethod& AOther) noexcept : TAnyMethod(AOther.FCode, AOther.FReceiver) {
+    if (FCode && FCode->IsCounted) Holder()->AddRef();
+  }
+  TAnyMethod(TAnyMethod&& AOther) noexcept
+      : FCode(std::exchange(AOther.FCode, nullptr)),
+        FReceiver(std::exchange(AOther.FReceiver, nullptr)) {}
+  TAnyMethod& operator=(TAnyMethod AOther) noexcept {
+    std::swap(FCode, AOther.FCode);
+    std::swap(FReceiver, AOther.FReceiver);
+    return *this;
+  }
+  ~TAnyMethod() {
+    if (FCode && FCode->IsCounted) Holder()->Release();
+  }
+
+  explicit operator bool() const noexcept { return FCode != nullptr; }
+  bool operator==(const TAnyMethod& AOther) const noexcept {
+    return FCode == AOther.FCode && FReceiver == AOther.FReceiver;
+  }
+  TObject* GetReceiver() const noexcept { return FReceiver; }
+
+ protected:
+  TAnyMethod(TCodeBase* ACode, TObject* AReceiver) noexcept : FCode(ACode), FReceiver(AReceiver) {}
+
+  TCodeBase* FCode = nullptr;
+  TObject* FReceiver = nullptr;
+
+ private:
+  template <class TSignature>
+  friend class TMethod;
+
+  const TCallableBase* Holder() const noexcept {
+    return static_cast<const TCallableBase*>(FReceiver);
+  }
+};
+
 template <class TSignature>
 class TMethod;
 
@@ -30,49 +78,31 @@ class TMethod;
 /// owned and must outlive the handler), or from any callable, which is kept in a counted holder.
 /// Two handlers are equal when code and receiver are. Calling an empty handler does nothing.
 template <class... TArguments>
-class TMethod<void(TArguments...)> {
+class TMethod<void(TArguments...)> : public TAnyMethod {
  public:
-  /// The code part: one writable object per bound method or kind of callable, so that no linker
-  /// folds two of them into one.
-  struct TCode {
+  struct TCode : TCodeBase {
     void (*Invoke)(TObject*, TArguments...);
-    bool IsCounted;
   };
 
   TMethod() = default;
-  TMethod(TCode* ACode, TObject* AReceiver) noexcept : FCode(ACode), FReceiver(AReceiver) {}
+  TMethod(TCode* ACode, TObject* AReceiver) noexcept : TAnyMethod(ACode, AReceiver) {}
 
   template <class TCallable>
-    requires(!std::same_as<std::remove_cvref_t<TCallable>, TMethod> &&
+    requires(!std::derived_from<std::remove_cvref_t<TCallable>, TAnyMethod> &&
              std::invocable<std::remove_cvref_t<TCallable>&, TArguments...>)
   TMethod(TCallable&& ACallable)
-      : FCode(&THolder<std::remove_cvref_t<TCallable>>::Code),
-        FReceiver(new THolder<std::remove_cvref_t<TCallable>>(std::forward<TCallable>(ACallable))) {
-  }
-
-  TMethod(const TMethod& AOther) noexcept : FCode(AOther.FCode), FReceiver(AOther.FReceiver) {
-    if (FCode && FCode->IsCounted) Holder()->AddRef();
-  }
-  TMethod(TMethod&& AOther) noexcept
-      : FCode(std::exchange(AOther.FCode, nullptr)),
-        FReceiver(std::exchange(AOther.FReceiver, nullptr)) {}
-  TMethod& operator=(TMethod AOther) noexcept {
-    std::swap(FCode, AOther.FCode);
-    std::swap(FReceiver, AOther.FReceiver);
-    return *this;
-  }
-  ~TMethod() {
-    if (FCode && FCode->IsCounted) Holder()->Release();
-  }
-
-  explicit operator bool() const noexcept { return FCode != nullptr; }
-  bool operator==(const TMethod& AOther) const noexcept {
-    return FCode == AOther.FCode && FReceiver == AOther.FReceiver;
-  }
-  TObject* GetReceiver() const noexcept { return FReceiver; }
+      : TAnyMethod(
+            &THolder<std::remove_cvref_t<TCallable>>::Code,
+            new THolder<std::remove_cvref_t<TCallable>>(std::forward<TCallable>(ACallable))) {}
 
   void operator()(TArguments... AArguments) const {
-    if (FCode) FCode->Invoke(FReceiver, std::forward<TArguments>(AArguments)...);
+    Call(*this, std::forward<TArguments>(AArguments)...);
+  }
+  /// Calls a handler that was a `TMethod` of this signature.
+  static void Call(const TAnyMethod& AMethod, TArguments... AArguments) {
+    if (AMethod.FCode)
+      static_cast<TCode*>(AMethod.FCode)
+          ->Invoke(AMethod.FReceiver, std::forward<TArguments>(AArguments)...);
   }
 
  private:
@@ -84,15 +114,8 @@ class TMethod<void(TArguments...)> {
                   std::forward<TArguments>(AArguments)...);
     }
     TCallable Callable;
-    static inline TCode Code{&Invoke, true};
+    static inline TCode Code{{true}, &Invoke};
   };
-
-  const TCallableBase* Holder() const noexcept {
-    return static_cast<const TCallableBase*>(FReceiver);
-  }
-
-  TCode* FCode = nullptr;
-  TObject* FReceiver = nullptr;
 };
 
 namespace Detail {
@@ -105,7 +128,7 @@ struct TBound<TClass, void(TArguments...), AMember> {
   static void Invoke(TObject* AReceiver, TArguments... AArguments) {
     (static_cast<TClass*>(AReceiver)->*AMember)(std::forward<TArguments>(AArguments)...);
   }
-  static inline typename TMethod<void(TArguments...)>::TCode Code{&Invoke, false};
+  static inline typename TMethod<void(TArguments...)>::TCode Code{{false}, &Invoke};
 };
 
 template <class TClass, class... TArguments>
