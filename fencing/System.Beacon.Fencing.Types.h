@@ -292,8 +292,9 @@ struct TFencingProject {
   /// Raises `EComponentError` for an index without a map.
   void SetCurrentMapIndex(std::int32_t AValue);
 
-  /// Routes from a position on the current map to a point of interest and shows the route on every
-  /// map that has a node on it. False, and nothing is shown, when there is none. Main thread.
+  /// Routes from a position on the current map to the node nearest to a point of interest on its
+  /// map, and shows the whole route on every map that has a node on it and nothing on the others.
+  /// False, and the maps are left alone, when there is none. Main thread.
   bool RouteTo(std::int32_t APointIndex, TPointF ACurrentPosition);
   bool RouteTo(const TBeaconFencingPOI& APoi, TPointF ACurrentPosition);
   /// The same to a node of the graph; the two maps are not used.

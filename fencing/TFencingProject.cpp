@@ -21,6 +21,21 @@ bool IsIndex(std::int32_t AIndex, const TArray<T>& AArray) {
   return AIndex >= 0 && static_cast<std::size_t>(AIndex) < AArray.GetLength();
 }
 
+/// Asks the maps in order until one has the beacon. The caller's record is written last: it may be
+/// the one that keeps the sighting.
+template <class TAsk>
+bool AskMaps(TArray<TFencingMap>& AMaps,
+             TAsk&& AAsk,
+             std::int32_t& AMapIndex,
+             TFencingBeacon& AFencingBeacon) {
+  TFencingBeacon Found;
+  AMapIndex = -1;
+  for (std::size_t I = 0; I < AMaps.GetLength() && AMapIndex < 0; ++I)
+    if (AAsk(AMaps[I], Found)) AMapIndex = static_cast<std::int32_t>(I);
+  AFencingBeacon = std::move(Found);
+  return AMapIndex >= 0;
+}
+
 std::span<const TPathNodeInfo> AllNodes(const TFencingProject& AProject) {
   return {AProject.GlobalPath.begin(), AProject.GlobalPath.end()};
 }
@@ -71,15 +86,10 @@ bool TFencingProject::BeaconBelognsToProject(const TRef<IBeacon>& ABeacon,
                                              std::int32_t& AMapIndex,
                                              TFencingBeacon& AFencingBeacon,
                                              bool AActiveTimeStamp) {
-  const TRef<IBeacon> Beacon = ABeacon;  // the caller's may be the one of its record
-  AMapIndex = -1;
-  AFencingBeacon = {};
-  for (std::size_t I = 0; I < Maps.GetLength(); ++I)
-    if (Maps[I].GetFencingBeaconFor(Beacon, AFencingBeacon, AActiveTimeStamp)) {
-      AMapIndex = static_cast<std::int32_t>(I);
-      return true;
-    }
-  return false;
+  const auto Ask = [&](TFencingMap& AMap, TFencingBeacon& AFound) {
+    return AMap.GetFencingBeaconFor(ABeacon, AFound, AActiveTimeStamp);
+  };
+  return AskMaps(Maps, Ask, AMapIndex, AFencingBeacon);
 }
 
 bool TFencingProject::BeaconBelognsToProject(const TGUID& AUUID,
@@ -88,14 +98,10 @@ bool TFencingProject::BeaconBelognsToProject(const TGUID& AUUID,
                                              std::int32_t& AMapIndex,
                                              TFencingBeacon& AFencingBeacon,
                                              bool AActiveTimeStamp) {
-  AMapIndex = -1;
-  AFencingBeacon = {};
-  for (std::size_t I = 0; I < Maps.GetLength(); ++I)
-    if (Maps[I].GetFencingBeaconFor(AUUID, AMajor, AMinor, AFencingBeacon, AActiveTimeStamp)) {
-      AMapIndex = static_cast<std::int32_t>(I);
-      return true;
-    }
-  return false;
+  const auto Ask = [&](TFencingMap& AMap, TFencingBeacon& AFound) {
+    return AMap.GetFencingBeaconFor(AUUID, AMajor, AMinor, AFound, AActiveTimeStamp);
+  };
+  return AskMaps(Maps, Ask, AMapIndex, AFencingBeacon);
 }
 
 bool TFencingProject::BeaconBelongsToMap(const TRef<IBeacon>& ABeacon,
