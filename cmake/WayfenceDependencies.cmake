@@ -2,6 +2,7 @@
 
 find_package(fmt REQUIRED)
 find_package(nlohmann_json REQUIRED)
+find_package(pugixml REQUIRED)
 find_package(PkgConfig)
 
 # wayfence_optional(NAME pkg-config-module "what is lost without it" debian-package)
@@ -24,7 +25,7 @@ wayfence_optional(PCAP libpcap "no reading of pcap and pcapng captures" libpcap-
 wayfence_optional(BLUEZ libsystemd "no live scanning through the Bluetooth daemon" libsystemd-dev)
 
 function(wayfence_link_dependencies target)
-  target_link_libraries(${target} PUBLIC Threads::Threads PRIVATE fmt::fmt)
+  target_link_libraries(${target} PUBLIC Threads::Threads PRIVATE fmt::fmt pugixml::pugixml)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:nlohmann_json::nlohmann_json>)
   if(WAYFENCE_HAS_PCAP)
     target_link_libraries(${target} PRIVATE PkgConfig::WAYFENCE_PCAP_LIB)

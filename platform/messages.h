@@ -11,4 +11,40 @@ inline constexpr std::string_view SAssignError = "Cannot assign a {} to a {}";
 inline constexpr std::string_view SListIndexError = "List index out of bounds ({}) in {}";
 inline constexpr std::string_view SDuplicateName = "A component named {} already exists";
 
+inline constexpr std::string_view SXMLTooLong = "the text is longer than {} bytes";
+inline constexpr std::string_view SXMLTooMany = "more than {} elements, texts and attributes";
+inline constexpr std::string_view SXMLTooDeep = "elements are nested deeper than {}";
+inline constexpr std::string_view SXMLOtherUnicode =
+    "the text is UTF-16 or UTF-32; save it as UTF-8";
+inline constexpr std::string_view SXMLNoUTF8 = "the text is not UTF-8 from here on";
+inline constexpr std::string_view SXMLCharacter = "the character U+{:04X} cannot stand in XML";
+inline constexpr std::string_view SXMLNoRoot = "there is no root element";
+inline constexpr std::string_view SXMLSecondRoot = "<{}> is a second root element";
+inline constexpr std::string_view SXMLTextOutside = "text outside of the root element";
+inline constexpr std::string_view SXMLNotClosed = "<{}> is not closed";
+inline constexpr std::string_view SXMLWrongEnd = "</{}> stands where <{}> of line {} has to end";
+inline constexpr std::string_view SXMLNothingToEnd = "</{}> ends nothing";
+inline constexpr std::string_view SXMLNoEnd = "the {} does not end";
+inline constexpr std::string_view SXMLNoName = "a name should stand here";
+inline constexpr std::string_view SXMLExpected = "'{}' should stand here";
+inline constexpr std::string_view SXMLNoSpace = "white space should stand here";
+inline constexpr std::string_view SXMLNoQuote = "a value in quotes should stand here";
+inline constexpr std::string_view SXMLDuplicate = "the attribute {} stands here twice";
+inline constexpr std::string_view SXMLLess = "'<' in a value; write &lt;";
+inline constexpr std::string_view SXMLSectionEnd = "']]>' in a text; write ]]&gt;";
+inline constexpr std::string_view SXMLDashes = "'--' within a comment";
+inline constexpr std::string_view SXMLEntity = "the entity &{}; is not known";
+inline constexpr std::string_view SXMLReference = "this reference names no character of XML";
+inline constexpr std::string_view SXMLDeclaration =
+    "a declaration stands at the very start: <?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+inline constexpr std::string_view SXMLEncoding =
+    "the encoding {} cannot be read; save the text as UTF-8";
+inline constexpr std::string_view SXMLDocumentType =
+    "a document type stands once, before the root element";
+inline constexpr std::string_view SXMLSubset =
+    "a document type with declarations of its own is not read";
+inline constexpr std::string_view SXMLIndentedTooLong =
+    "the indented text would be longer than {} bytes";
+inline constexpr std::string_view SXMLUnreadable = "the text cannot be read: {}";
+
 }  // namespace System::Messages

@@ -10,7 +10,7 @@ jobs=${JOBS:-$(nproc)}
 
 # What every build needs: the presets hold the library, the program and the tests.
 build_packages=(g++ cmake ninja-build pkg-config ccache libfmt-dev nlohmann-json3-dev
-  libcli11-dev libpcap-dev libsystemd-dev libgtest-dev)
+  libpugixml-dev libcli11-dev libpcap-dev libsystemd-dev libgtest-dev)
 # What the tests run.
 test_packages=(dbus gzip python3)
 bench_packages=(libbenchmark-dev libboost-graph-dev)
