@@ -29,7 +29,8 @@ enum class TZoneHighlightMetod : std::uint8_t { RawPosition, PathPosition };
 // ---------------------------------------------------------------- design interfaces
 //
 // What a project's maps are made of, as the scene offers it. Positions and rectangles are in map
-// units. The getters answer on any thread and take no lock that their caller could hold; the
+// units; a displacement is the place on the map, a centre that of the drawn shape in the space of
+// all maps. The getters answer on any thread and take no lock that their caller could hold; the
 // setters belong to the main thread.
 
 struct TPathNodeInfo;
@@ -92,6 +93,7 @@ class IDesignBeacon : public virtual IInterface {
   virtual std::int32_t GetMajor() const = 0;
   virtual std::int32_t GetMinor() const = 0;
   virtual std::string GetManufacturerID() const = 0;
+  /// The manufacturer id as a number, -1 for any.
   virtual std::int32_t GetMID() const = 0;
   virtual TKindofBeacon GetKindofBeacon() const = 0;
   /// 20 and 12 hexadecimal digits.
@@ -321,10 +323,13 @@ struct TFencingProject {
 };
 
 // ---------------------------------------------------------------- events of the map component
+//
+// Delivered on the main thread, but where said otherwise.
 
 class TParticleFilterOptions;
 
-/// Lets the application compute a position: `AManaged` true takes the answers, calculator units.
+/// Lets the application compute a position, on the component's timer thread: `AManaged` true takes
+/// the answers, calculator units.
 /// `AMapLimit` and `APaths` are in map units.
 using TCalcPositionEvent = TMethod<void(TObject* ASender,
                                         const TFencingBeacons& ABeaconList,
@@ -345,9 +350,11 @@ using TFencingEddyBeaconURLEvent = TMethod<void(
     TObject* ASender, const TFencingBeacon& AFencingBeacon, const TEddystoneURL& AEddystoneURL)>;
 using TFencingEddyBeaconTLMEvent = TMethod<void(
     TObject* ASender, const TFencingBeacon& AFencingBeacon, const TEddystoneTLM& AEddystoneTLM)>;
-/// The filtered position, and the one that was fitted to the paths.
+/// The filtered position, and the one that was fitted to the paths; whoever raises it tells the
+/// unit and the thread.
 using TEstimatedPositionEvent =
     TMethod<void(const TPointF& AEstimatedPoint, const TPointF& APointToPath)>;
+/// Calculator units; the particles are there during the call only.
 using TUpdatedParticlesEvent = TMethod<void(std::span<const TParticle> AParticles)>;
 using TFencingMapChangeEvent = TMethod<void(
     TObject* ASender, std::int32_t ACurrentMapIndex, std::int32_t ANewMapIndex, bool& AAllow)>;

@@ -49,7 +49,8 @@ float DegreesToRadians(float AAngle) noexcept;
 /// edges: 0 below, 1 at or above.
 float SmoothStep(float AEdge0, float AEdge1, float AX) noexcept;
 
-/// By the sign of the enclosed area (shoelace formula; Meister, 1769), summed in 64 bits.
+/// Clockwise as seen on the screen, Y downwards: by the sign of the enclosed area (shoelace
+/// formula; Meister, 1769), summed in 64 bits.
 bool IsClockwise(TPolygonPoints APolygon) noexcept;
 /// The number of the edge that is nearest, the first one of several; -1 without edges.
 std::int32_t GetClosestSegmentInPolygonToPoint(TPolygonPoints APolygon, TPointF P) noexcept;

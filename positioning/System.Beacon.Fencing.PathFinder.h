@@ -111,7 +111,7 @@ class TRouteCalculator {
 
   /// Takes a new graph, on which there is no last route yet. Copies made before keep the old one.
   void Initialize(const TArray<TPathPoint>& APointsList, const TArray<TPathEdge>& APathEdgesList);
-  /// The same with the arrays that are there.
+  /// Builds the matrix of the arrays that are there anew; the last route is kept.
   void CreateGraphMatrix();
 
   /// True when both points are nodes of their maps, exactly; the route is then in

@@ -61,7 +61,7 @@ constexpr TPositionCalculatorClass ClassOf() {
 /// done inside the calculator's own handler.
 class TPositionCalculator : public TObject {
  public:
-  /// What the map component makes its calculators of, one for each map.
+  /// What the map component makes its calculators of, one for each map. Set before they are made.
   static TPositionCalculatorClass FPositionCalculatorClass;
 
   virtual TEstimatedPositionEvent GetOnEstimatingPosition() const = 0;
@@ -106,6 +106,8 @@ class TPositionFitter;
 /// Steps are calculated on a thread of its own, one at a time, or with `Calculate` on the caller's.
 class TTrilateration : public TPositionCalculator {
  public:
+  static constexpr std::int32_t MaxParticles = 10'000'000;
+
   /// Uniform numbers in [0, 1).
   using TRandomSequence = std::function<double()>;
 
@@ -187,8 +189,8 @@ class TTrilateration : public TPositionCalculator {
     }
   };
 
-  /// Particles are spread over `AMapLimit`. Random numbers come from `ARandom`, which is called on
-  /// the calculating thread; by default from a stream of the calculator's own.
+  /// Particles are spread over `AMapLimit`. Random numbers come from `ARandom`, which is called
+  /// here and on the calculating thread; by default from a stream of the calculator's own.
   TTrilateration(const TParticleFilterOptions& AOptions,
                  const TRectF& AMapLimit,
                  const TPathSegments& APaths,
@@ -196,7 +198,8 @@ class TTrilateration : public TPositionCalculator {
   ~TTrilateration() override;
 
   TEstimatedPositionEvent GetOnEstimatingPosition() const override;
-  /// Particles that are added stand at the origin with weight 0: they are never chosen.
+  /// Particles that are added stand at the origin with weight 0: they are never chosen. Raises
+  /// `EGeneralError` for more than `MaxParticles`, and changes nothing.
   void ApplyOptions(const TParticleFilterOptions& AOptions) override;
   void SetOnEstimatingPosition(TEstimatedPositionEvent AValue) override;
   /// Beacons nearer than 0.1 m to the point count as 0.1 m away. Nothing happens while the
@@ -207,7 +210,9 @@ class TTrilateration : public TPositionCalculator {
   bool DoCalculateStep(const TFencingBeacons& ABeaconsList,
                        const TFencingBeacons& ANearestBeacons) override;
   /// While `AutomaticCalibration` is on, a beacon that comes near starts a round of at most 40
-  /// attempts, 250 ms apart, to calibrate all beacons by its place. One round a beacon at a time.
+  /// attempts, 250 ms apart, to calibrate all beacons by its place, once the device stands still
+  /// beside it. One round a beacon at a time; none goes on when the option is switched off. Raises
+  /// `std::system_error` when the system gives no thread.
   void DoBeaconProximityEvent(const TFencingBeacon& AFencingBeacon,
                               TBeaconProximity AProximity) override;
   double GetMotionAverage() const override;
@@ -219,8 +224,8 @@ class TTrilateration : public TPositionCalculator {
                                  double& ANewDistance) override;
 
   /// One step on the caller's thread; the handler is called there, too. False when a calculation is
-  /// running already. Raises what goes wrong (a variance that is not positive), without harm to
-  /// further steps.
+  /// running already, or one on the thread has failed. Raises what goes wrong (a variance that is
+  /// not positive), without harm to further steps.
   bool Calculate(const TFencingBeacons& ABeaconsList, const TFencingBeacons& ANearestBeacons);
 
   /// The last reported position; the origin before the first.
@@ -254,6 +259,7 @@ class TTrilateration : public TPositionCalculator {
   TCalibration& KeepCalibration(const TFencingBeacon& ABeacon);
   double Smooth(TCalibration& ARecord, double ARssi);
   void CalibrateAt(TPointF APoint, double AExponent, const TPointF* AExcept);
+  std::vector<std::unique_ptr<TRound>> TakeRounds(bool AOnlyFinished);
 
   mutable TMonitor FMonitorObj{"the lock of a position calculator"};
   // Guarded by FMonitorObj.

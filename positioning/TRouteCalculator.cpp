@@ -75,19 +75,15 @@ void TRouteCalculator::TSearch::Run(const TContiguityMatrix& AMatrix,
 
 void TRouteCalculator::Initialize(const TArray<TPathPoint>& APointsList,
                                   const TArray<TPathEdge>& APathEdgesList) {
-  TContiguityMatrix Matrix;
-  Matrix.Assign(APointsList, APathEdgesList);
-  TSharedRoute Route;
-  Route.FCell = std::make_shared<TSharedRoute::TCell>();
-  FSearch = std::make_shared<TSearch>();
   FPathPoints = APointsList;
   FPathEdges = APathEdgesList;
-  ContiguityMatrix = Matrix;
-  LastCalculatedPath = Route;
+  LastCalculatedPath.FCell = std::make_shared<TSharedRoute::TCell>();
+  CreateGraphMatrix();
 }
 
 void TRouteCalculator::CreateGraphMatrix() {
-  Initialize(FPathPoints, FPathEdges);
+  FSearch = std::make_shared<TSearch>();
+  ContiguityMatrix.Assign(FPathPoints, FPathEdges);
 }
 
 bool TRouteCalculator::CalculatePath(TPointF AInitialPoint,
@@ -109,7 +105,10 @@ bool TRouteCalculator::CalculatePath(TPointF AInitialPoint,
 
 void TRouteCalculator::CalculateMinimalPath(std::int32_t AInitialPoint,
                                             std::int32_t ADestinyPoint) {
-  if (!Contains(AInitialPoint) || !Contains(ADestinyPoint)) return LastCalculatedPath.Set({});
+  const bool HasMatrix =
+      static_cast<std::size_t>(ContiguityMatrix.GetLength()) == FPathPoints.GetLength();
+  if (!HasMatrix || !Contains(AInitialPoint) || !Contains(ADestinyPoint))
+    return LastCalculatedPath.Set({});
   const TPathEdge Question{AInitialPoint, ADestinyPoint};
   const std::lock_guard Guard(FSearch->Lock);
   if (Question != FSearch->Question) {

@@ -70,19 +70,20 @@ TTrilateration::~TTrilateration() {
           "handler "
           "has returned");
   }
+  // Hand-offs that are served while threads are waited for may still call the calculator.
   FRoundsEnd.SetEvent();
   FThreadPositionCalculator->Terminate();
   FAwakeningEvent.SetEvent();
-  FThreadPositionCalculator.reset();
-  FRounds.clear();
+  FThreadPositionCalculator->WaitFor();
+  while (!TakeRounds(false).empty()) continue;
 }
 
 // ---------------------------------------------------------------- options and what is shown
 
 void TTrilateration::ApplyOptions(const TParticleFilterOptions& AOptions) {
-  SwitchAutomaticCalibration(AOptions.GetAutomaticCalibration());
   const TMonitorLock Lock(FMonitorObj);
   FParticles->SetLength(AOptions.GetParticlesNumber());
+  SwitchAutomaticCalibration(AOptions.GetAutomaticCalibration());
   FBeaconsToUse = AOptions.GetBeaconsToUse();
   FMotionThreshold = AOptions.GetMotionThreshold();
   FCalibrationAverage = AOptions.GetCalibrationAverage();
@@ -155,8 +156,12 @@ void TTrilateration::CallHandler(TPointF ARaw, TPointF AFitted) {
   }
   struct TLeave {
     TTrilateration& Calculator;
-    ~TLeave() { Calculator.LeaveHandler(); }
-  } const Leave{*this};
+    TEstimatedPositionEvent& Handler;
+    ~TLeave() {
+      Handler = {};  // what the callable holds goes before a thread that waits goes on
+      Calculator.LeaveHandler();
+    }
+  } const Leave{*this, Handler};
   Handler(ARaw, AFitted);
 }
 

@@ -70,7 +70,9 @@ bool TTrilateration::DoCalcutateBeaconDistance(std::int32_t ATxPower,
     Record->SetTX(ATxPower);
     Correction = Record->GetCalibrationFactor();
   }
-  ANewDistance = std::pow(10.0, ((Strength - ATxPower) + Correction) / -10.0 * FSPC);
+  // In long double, since the other one takes steps of its own on every processor.
+  ANewDistance = static_cast<double>(std::pow(
+      10.0L, static_cast<long double>(((Strength - ATxPower) + Correction) / -10.0 * FSPC)));
   return true;
 }
 
@@ -117,17 +119,27 @@ void TTrilateration::SwitchAutomaticCalibration(bool AValue) {
   FAutomaticCalibration = AValue;
 }
 
+/// Hands the rounds over, for their threads to be waited for without the lock.
+std::vector<std::unique_ptr<TTrilateration::TRound>> TTrilateration::TakeRounds(
+    bool AOnlyFinished) {
+  const TMonitorLock Lock(FMonitorObj);
+  std::vector<std::unique_ptr<TRound>> Result;
+  const auto First =
+      std::stable_partition(FRounds.begin(), FRounds.end(), [AOnlyFinished](const auto& ARound) {
+        return AOnlyFinished && !ARound->GetFinished();
+      });
+  std::move(First, FRounds.end(), std::back_inserter(Result));
+  FRounds.erase(First, FRounds.end());
+  return Result;
+}
+
 void TTrilateration::DoBeaconProximityEvent(const TFencingBeacon& AFencingBeacon,
                                             TBeaconProximity AProximity) {
   if (AProximity != TBeaconProximity::Immediate && AProximity != TBeaconProximity::Near) return;
   if (!AFencingBeacon.DesignBeacon) return;
   const TPointF Place = ToCalculator(AFencingBeacon.DesignBeacon->GetDisplacement());
-  std::vector<std::unique_ptr<TRound>> Finished;  // waited for after the lock has been left
+  const auto Finished = TakeRounds(true);  // waited for after the lock has been left
   const TMonitorLock Lock(FMonitorObj);
-  const auto FirstFinished = std::stable_partition(
-      FRounds.begin(), FRounds.end(), [](const auto& ARound) { return !ARound->GetFinished(); });
-  std::move(FirstFinished, FRounds.end(), std::back_inserter(Finished));
-  FRounds.erase(FirstFinished, FRounds.end());
   if (!FAutomaticCalibration || FSPC == 0.0) return;
   const auto Found = std::find_if(FBeaconsCalibration.begin(),
                                   FBeaconsCalibration.end(),

@@ -24,11 +24,20 @@ TTrilateration::TRound::TRound(TTrilateration& ACalculator,
       FMotionThreshold(ACalculator.FMotionThreshold) {}
 
 void TTrilateration::TRound::Execute() {
-  for (int I = 0; I < Attempts && !Attempt(); ++I)
+  for (int I = 0; I < Attempts && !TryAttempt(); ++I)
     if (FCalculator.FRoundsEnd.WaitFor(AttemptIntervalInMs)) break;
   const TMonitorLock Lock(FCalculator.FMonitorObj);
   FCalibration.FLastProximity = TBeaconProximity::Away;
   FCalibration.FIsInRound = false;
+}
+
+/// An attempt that raises is the last one.
+bool TTrilateration::TRound::TryAttempt() noexcept {
+  try {
+    return Attempt();
+  } catch (...) {
+    return true;
+  }
 }
 
 /// True when nothing is left to attempt.

@@ -17,6 +17,7 @@ class TTrilateration::TRound final : public TThread {
   void Execute() override;
 
  private:
+  bool TryAttempt() noexcept;
   bool Attempt();
   bool IsBesideBeacon() const;
 

@@ -5,6 +5,8 @@
 
 namespace System::Beacon::Fencing::Messages {
 
+inline constexpr std::string_view SParticles =
+    "{} particles are too many: a position calculator takes up to {}";
 inline constexpr std::string_view SVariance = "Variance must be > 0.0 (but was {:f})";
 
 }  // namespace System::Beacon::Fencing::Messages

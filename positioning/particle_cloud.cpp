@@ -1,11 +1,16 @@
 #include "positioning/particle_cloud.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
 
+#include "platform/errors.h"
+#include "positioning/System.Beacon.Fencing.PositionCalculator.h"
 #include "positioning/gaussian.h"
+#include "positioning/messages.h"
 
 namespace System::Beacon::Fencing {
 namespace {
@@ -15,7 +20,8 @@ constexpr std::int32_t WideParticles = 50;
 constexpr double DeviationUnit = 100.0;
 
 std::size_t WholeLanes(std::int32_t ALength) {
-  return static_cast<std::size_t>((ALength + ParticleLanes - 1) / ParticleLanes * ParticleLanes);
+  constexpr std::size_t Lanes = ParticleLanes;
+  return (static_cast<std::size_t>(ALength) + Lanes - 1) / Lanes * Lanes;
 }
 
 std::int32_t FirstWideParticle(std::int32_t ALength) {
@@ -33,6 +39,11 @@ TParticleCloud::TParticleCloud(std::function<double()> ARandom)
 }
 
 void TParticleCloud::SetLength(std::int32_t ALength) {
+  if (ALength > TTrilateration::MaxParticles)
+    throw EGeneralError(
+        fmt::format(Messages::SParticles, ALength, std::int32_t{TTrilateration::MaxParticles}));
+  for (std::vector<float>* Values : {&FX, &FY}) Values->reserve(WholeLanes(ALength));
+  FP.reserve(WholeLanes(ALength));
   if (ALength > FLength) Expand();
   FLength = ALength;
   if (!FIsTogether) SetRoom({});

@@ -25,7 +25,8 @@ class TParticleCloud {
   /// Uniform numbers in [0, 1); nothing: the cloud draws from a stream of its own.
   explicit TParticleCloud(std::function<double()> ARandom);
 
-  /// Particles that are added stand at the origin with weight 0.
+  /// Particles that are added stand at the origin with weight 0. Raises `EGeneralError` for too
+  /// many, and changes nothing.
   void SetLength(std::int32_t ALength);
   /// All over a rectangle, with weight 1.
   void Spread(const TRectF& ARect);

@@ -177,7 +177,8 @@ class IEddystoneBeacon : public virtual IBeacon {
 /// A snapshot of the beacons that are present, in order of first sighting.
 using TBeaconList = TArray<TRef<IBeacon>>;
 
-/// Whether two sightings are of one beacon: kind and identity are equal.
+/// Whether two sightings are of one beacon: kind and identity are equal. One without an identity is
+/// only the same as itself.
 bool IsSameBeacon(const IBeacon* A, const IBeacon* B);
 
 /// The key under which zones look a sighting up: kinds 0, 1 and 3 by UUID, major and minor (kind 3

@@ -146,7 +146,9 @@ std::optional<TBeaconIdentity> LookUpKeyOf(const IBeacon& ABeacon) {
 bool IsSameBeacon(const IBeacon* A, const IBeacon* B) {
   if (!A || !B) return A == B;
   if (A == B) return true;
-  return A->GetKindofBeacon() == B->GetKindofBeacon() && LookUpKeyOf(*A) == LookUpKeyOf(*B);
+  if (A->GetKindofBeacon() != B->GetKindofBeacon()) return false;
+  const std::optional<TBeaconIdentity> Key = LookUpKeyOf(*A);
+  return Key && Key == LookUpKeyOf(*B);
 }
 
 }  // namespace System::Beacon
