@@ -61,6 +61,10 @@ struct TTypeInfo {
 template <class TEnum>
 struct TEnumNames;
 
+/// Specialised beside every interface that is a property: `Value`, the interface's name.
+template <class T>
+struct TInterfaceName;
+
 template <class T>
 struct TTypeOf;
 
@@ -312,6 +316,20 @@ struct TTypeOf<T*> {
   static TValue::TData ToData(T* AValue) { return static_cast<TObject*>(AValue); }
   static T* FromData(const TValue::TData& AData) {
     return static_cast<T*>(std::get<TObject*>(AData));
+  }
+};
+
+/// A counted reference. An object that does not offer the interface reads back as nothing.
+template <class T>
+  requires std::is_base_of_v<IInterface, T>
+struct TTypeOf<TRef<T>> {
+  static const TTypeInfo& Info() {
+    static const TTypeInfo Value{TTypeKind::Interface, TInterfaceName<T>::Value};
+    return Value;
+  }
+  static TValue::TData ToData(const TRef<T>& AValue) { return TRef<IInterface>(AValue); }
+  static TRef<T> FromData(const TValue::TData& AData) {
+    return TRef<T>(Supports<T>(std::get<TRef<IInterface>>(AData)));
   }
 };
 
