@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "apps/wayfence/csv.h"
-#include "platform/beacons/identity.h"
 #include "platform/errors.h"
 #include "platform/reflection.h"
 
@@ -18,6 +17,9 @@ namespace {
 
 constexpr double MaxMetres = 1e5;
 constexpr int MaxMap = 1'000'000;
+// dBm at 1 m; a frame carries up to 126, which for Eddystone is the power at 0 m.
+constexpr int MaxPower = 126;
+constexpr int MaxEddystonePower = 85;
 
 /// Turns the rows of a file into beacons.
 class TBeaconFileReader {
@@ -36,7 +38,7 @@ class TBeaconFileReader {
     if (FResult.Beacons.empty()) FResult.Map = ARow.Map;
     if (ARow.Map != FResult.Map) {
       ++FResult.OtherMaps;
-    } else if (FSeen.Insert(IdentityOf(ARow), true)) {
+    } else if (FSeen.Insert(ARow.GetIdentity(), true)) {
       FResult.Beacons.push_back(New<TListedBeacon>(ARow, FResult.Beacons.size()));
     } else if (++FResult.Repeated == 1) {
       FResult.FirstRepeatedLine = FCsv.GetLine();
@@ -49,8 +51,10 @@ class TBeaconFileReader {
     Result.Place = {ReadMetres(FX), ReadMetres(FY)};
     if (!FCsv.GetText("map").empty()) Result.Map = FCsv.GetInteger("map", 0, MaxMap);
     if (!FCsv.GetText("kind").empty()) Result.Kind = ReadKind();
-    if (!FCsv.GetText("power").empty()) Result.Power = FCsv.GetInteger("power", -127, 126);
-    if (Result.Kind == TKindofBeacon::Eddystone)
+    const bool IsEddystone = Result.Kind == TKindofBeacon::Eddystone;
+    if (!FCsv.GetText("power").empty())
+      Result.Power = FCsv.GetInteger("power", -127, IsEddystone ? MaxEddystonePower : MaxPower);
+    if (IsEddystone)
       ReadUID(Result);
     else
       ReadUUID(Result);
@@ -83,12 +87,6 @@ class TBeaconFileReader {
       FCsv.RefuseField("instance", "does not have 12 hexadecimal digits");
   }
 
-  static TBeaconIdentity IdentityOf(const TListedBeacon::TRow& ARow) {
-    if (ARow.Kind == TKindofBeacon::Eddystone)
-      return TBeaconIdentity::OfEddystone(ARow.UID.Namespace, ARow.UID.Instance);
-    return TBeaconIdentity::OfUUID(ARow.GUID, ARow.Major, ARow.Minor);
-  }
-
   TCsvReader FCsv;
   const std::string_view FX, FY;
   TIdentityTable<bool> FSeen;
@@ -96,6 +94,12 @@ class TBeaconFileReader {
 };
 
 }  // namespace
+
+TBeaconIdentity TListedBeacon::TRow::GetIdentity() const {
+  if (Kind == TKindofBeacon::Eddystone)
+    return TBeaconIdentity::OfEddystone(UID.Namespace, UID.Instance);
+  return TBeaconIdentity::OfUUID(GUID, Major, Minor);
+}
 
 TBeaconsRegion TListedBeacon::GetRegion() const {
   TBeaconsRegion Result;

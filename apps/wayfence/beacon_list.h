@@ -8,6 +8,7 @@
 
 #include "fencing/System.Beacon.Fencing.Types.h"
 #include "platform/beacons/frame.h"
+#include "platform/beacons/identity.h"
 
 namespace Wayfence {
 
@@ -25,11 +26,15 @@ class TListedBeacon final : public System::TInterfacedObject,
     std::uint16_t Minor = 0;
     System::Beacon::TEddystoneUID UID;
     int Power = System::Beacon::NoPower;  ///< dBm at 1 m, for frames without one; 127: not known
+
+    System::Beacon::TBeaconIdentity GetIdentity() const;
   };
 
   TListedBeacon(TRow ARow, std::size_t AIndex) : FRow(std::move(ARow)), FIndex(AIndex) {}
 
   std::size_t GetIndex() const noexcept { return FIndex; }
+  /// What tells it from the others of the list.
+  System::Beacon::TBeaconIdentity GetIdentity() const { return FRow.GetIdentity(); }
   int GetPower() const noexcept { return FRow.Power; }
   /// A region that holds this beacon only.
   System::Beacon::TBeaconsRegion GetRegion() const;

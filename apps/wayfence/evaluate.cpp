@@ -89,11 +89,16 @@ TComparison Compare(
   return Result;
 }
 
-void WarnOfRun(const TPositionRun& ARun, const TComparison& AComparison) {
+void WarnOfRun(const TPositionRun& ARun,
+               const TComparison& AComparison,
+               std::uint64_t ABeaconsToUse) {
   if (ARun.GetFramesWithoutPower() > 0)
-    Warn(fmt::format("{} without a power: the estimator does not see them",
+    Warn(fmt::format("{} without a power left out; the beacon file can give it",
                      Counted(ARun.GetFramesWithoutPower(), "frame")));
-  if (AComparison.Estimates == 0)
+  if (ARun.GetEstimates().empty())
+    Warn(fmt::format("no estimate: never were {} with a known distance heard at once",
+                     Counted(ABeaconsToUse, "listed beacon")));
+  else if (AComparison.Estimates == 0)
     Warn(
         fmt::format("none of {} estimates lies at a known position; see that the beacons, the size "
                     "and the times belong to the recording",
@@ -125,6 +130,7 @@ void PrintTable(const TComparison& AComparison) {
 
 int RunEvaluate(const TEvaluateArguments& AArguments) {
   const TBeaconFile Beacons = ReadBeaconFile(AArguments.BeaconFile);
+  WarnOfBeacons(Beacons, AArguments.BeaconFile);
   const TTruth Truth = TTruth::Read(AArguments.TruthFile);
   TParticleFilterOptions Options;
   LoadOptions(Options, AArguments);
@@ -134,8 +140,7 @@ int RunEvaluate(const TEvaluateArguments& AArguments) {
   TPositionRun Positions(Run, Beacons.Beacons, Options, Area, AArguments.DeathTime);
   Positions.Perform();
   const TComparison Comparison = Compare(Positions, Truth, Beacons.Map, AArguments.Skip, Area);
-  WarnOfBeacons(Beacons, AArguments.BeaconFile);
-  WarnOfRun(Positions, Comparison);
+  WarnOfRun(Positions, Comparison, static_cast<std::uint64_t>(Options.GetBeaconsToUse()));
   AArguments.Json ? PrintJson(Comparison) : PrintTable(Comparison);
   return ExitDone;
 }

@@ -1,5 +1,8 @@
 #include "apps/wayfence/position_run.h"
 
+#include <algorithm>
+
+#include "apps/wayfence/power_source.h"
 #include "platform/beacons/frame.h"
 
 namespace Wayfence {
@@ -10,7 +13,7 @@ using namespace System::Beacon::Fencing;
 
 namespace {
 
-constexpr TTicks QuietAfter = 60 * TicksPerSecond;
+constexpr TTicks ShortestQuiet = 60 * TicksPerSecond;
 
 std::vector<TPointF> PlacesOf(const std::vector<TRef<TListedBeacon>>& ABeacons) {
   std::vector<TPointF> Result;
@@ -44,6 +47,7 @@ TPositionRun::TPositionRun(TRun& ARun,
       FOptions(AOptions),
       FStrengths(PlacesOf(ABeacons), AOptions.GetSPC()),
       FLastHeard(Ticks()),
+      FQuietAfter(std::max(ShortestQuiet, ADeathTime * TicksPerSecond)),
       FCalculator(TPositionCalculator::FPositionCalculatorClass.Create(AOptions, AArea, {})),
       FManager(TBeaconManager::GetBeaconManager(TBeaconScanMode::Standard)) {
   FMap.BeaconList = RecordsOf(ABeacons);
@@ -76,8 +80,9 @@ void TPositionRun::Perform() {
 
 void TPositionRun::ConfigureManager(const std::vector<TRef<TListedBeacon>>& ABeacons,
                                     int ADeathTime) {
-  FManager->SetSource(FRun.Source);
+  FManager->SetSource(New<TPowerSource>(FRun.Source, ABeacons));
   FManager->SetBeaconDeathTime(ADeathTime);
+  FManager->SetDistanceLifetime(1000 * ADeathTime);
   FManager->SetSPC(FOptions.GetSPC());
   FManager->SetKindofBeacons({TKindofBeacon::iBeaconAltBeacon, TKindofBeacon::Eddystone});
   for (const TRef<TListedBeacon>& Beacon : ABeacons) FManager->RegisterBeacons(Beacon->GetRegion());
@@ -116,12 +121,10 @@ void TPositionRun::CalcDistance(const TRef<IBeacon>& ABeacon,
 }
 
 void TPositionRun::NoteStrength(const IBeacon& ABeacon, const TListedBeacon& AListed) {
-  int Power = ABeacon.GetTxPower();
-  if (Power == NoPower) {
+  const int Power = ABeacon.GetTxPower();
+  if (Power == NoPower)
     ++FFramesWithoutPower;
-    Power = AListed.GetPower();
-  }
-  if (Power != NoPower && ABeacon.GetRssi() != UnknownRssi)
+  else if (ABeacon.GetRssi() != UnknownRssi)
     FStrengths.Add(GetSeconds(), AListed.GetIndex(), Power - ABeacon.GetRssi());
 }
 
@@ -143,9 +146,9 @@ void TPositionRun::Step() {
   FCalculator->DoCalculateStep(Ordered, FMap.OrderedBeaconListTo(Reference));
 }
 
-/// Distances are forgotten long before: no step would give an estimate.
+/// Distances have been forgotten by then: no step would give an estimate.
 bool TPositionRun::IsQuiet() const noexcept {
-  return Ticks() - FLastHeard.load() > QuietAfter;
+  return Ticks() - FLastHeard.load() > FQuietAfter;
 }
 
 /// Passes over the gaps of a recording, however long they are.

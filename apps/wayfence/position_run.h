@@ -24,7 +24,8 @@ struct TEstimate {
 /// Runs a recording once. Made and used on the main thread, within the simulation of the run.
 class TPositionRun {
  public:
-  /// `AOptions` outlive it; `AArea` is in metres, `ADeathTime` in seconds.
+  /// `AOptions` outlive it; `AArea` is in metres. After `ADeathTime` seconds without a frame a
+  /// beacon is lost, and its distance with it.
   TPositionRun(TRun& ARun,
                const std::vector<System::TRef<TListedBeacon>>& ABeacons,
                const System::Beacon::Fencing::TParticleFilterOptions& AOptions,
@@ -40,7 +41,7 @@ class TPositionRun {
 
   const std::vector<TEstimate>& GetEstimates() const noexcept { return FEstimates; }
   const TStrengthLog& GetStrengths() const noexcept { return FStrengths; }
-  /// Frames of listed beacons that carry no power: the service gives them no distance.
+  /// Frames of listed beacons without a power, in the frame and in the list: they have no distance.
   std::uint64_t GetFramesWithoutPower() const noexcept { return FFramesWithoutPower; }
 
  private:
@@ -69,6 +70,7 @@ class TPositionRun {
   std::string FFailure;               // the same
   std::uint64_t FFramesWithoutPower = 0;
   std::atomic<System::TTicks> FLastHeard;
+  const System::TTicks FQuietAfter;
   System::TEvent FHeard{"a listed beacon"};
   std::unique_ptr<System::Beacon::Fencing::TPositionCalculator> FCalculator;
   std::unique_ptr<System::Beacon::TBeaconManager> FManager;  // stops before all others go

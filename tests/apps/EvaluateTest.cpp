@@ -3,6 +3,7 @@
 
 #include "apps/wayfence/baselines.h"
 #include "apps/wayfence/position_errors.h"
+#include "apps/wayfence/power_source.h"
 #include "apps/wayfence/truth.h"
 #include "support/fake_beacon.h"
 #include "support/program.h"
@@ -14,7 +15,7 @@ using namespace System;
 using namespace System::Beacon;
 
 /// Beside a recording of a device that stands at (3, 4) among beacons in the corners of a square
-/// of 10 m, between the 100th and the 130th second. The frames of one of them carry no power.
+/// of 10 m, between the 100th and the 130th second. The frames of a fifth beacon carry no power.
 class Evaluate : public ProgramTest {
  protected:
   static constexpr const char* Files =
@@ -25,23 +26,35 @@ class Evaluate : public ProgramTest {
                 "name,x,y,map,kind,uuid,major,minor,namespace,instance,power\r\n"
                 "\"north, \"\"west\"\"\",0,0,2,iBeacon,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,1,,,"
                 "-20\n\n"
-                "b,10,0,2,AltBeacon,{2f234454-cf6d-4a0f-adf2-f4911ba9ffa6},1,2,,,\n"
-                "c, 0 ,10,2,eddystone,,,,00000000000000000000,000000000001,\n"
+                "b,10,0,2,AltBeacon,{2f234454-cf6d-4a0f-adf2-f4911ba9ffa6},1,2,,,-59\n"
+                "c, 0 ,10,2,eddystone,,,,00000000000000000000,000000000001,-59\n"
                 "d,10,10,2,,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,4,,,-59\n"
                 "e,3,4,2,iBeacon,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,4,,,-59\n"
-                "f,3,4,3,iBeacon,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,5,,,-59\n");
-    std::string Truth = "t,x,y,map\n", Recording;
-    for (int I = 0; I < 60; ++I) {
-      const double Seconds = 100.0 + I * 0.5;
-      Truth += fmt::format("{},3,4,2\n", Seconds);
-      const TEddystoneUID UID{{}, {0, 0, 0, 0, 0, 1}};
-      Recording += LogLine(Seconds, 1, RssiAt(0, 0), iBeaconPayload(TestGUID, 1, 1)) +
-                   LogLine(Seconds, 2, RssiAt(10, 0), AltBeaconPayload(0x118, TestGUID, 1, 2)) +
-                   LogLine(Seconds, 3, RssiAt(0, 10), EddystoneUIDPayload(UID)) +
-                   LogLine(Seconds, 4, RssiAt(10, 10), iBeaconPayload(TestGUID, 1, 4, 127));
-    }
-    ReplaceFile(Path("truth.csv"), Truth);
-    ReplaceFile(Path("stand.log"), Recording);
+                "f,3,4,3,iBeacon,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,5,,,-59\n"
+                "g,5,5,2,iBeacon,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,7,,,\n");
+    WriteTruth(100, 130);
+    ReplaceFile(Path("stand.log"), Recording(100, 130));
+  }
+
+  void WriteTruth(int ABegin, int AEnd) const {
+    std::string Text = "t,x,y,map\n";
+    for (double Seconds = ABegin; Seconds < AEnd; Seconds += 0.5)
+      Text += fmt::format("{},3,4,2\n", Seconds);
+    ReplaceFile(Path("truth.csv"), Text);
+  }
+
+  /// Where they have powers, those of b, c and d are -59 dBm at 1 m.
+  static std::string Recording(int ABegin, int AEnd, bool AHasPowers = true) {
+    const TEddystoneUID UID{{}, {0, 0, 0, 0, 0, 1}};
+    const int Power = AHasPowers ? -59 : 127, PowerAtZero = AHasPowers ? -18 : 127;
+    std::string Text;
+    for (double Seconds = ABegin; Seconds < AEnd; Seconds += 0.5)
+      Text += LogLine(Seconds, 1, RssiAt(0, 0), iBeaconPayload(TestGUID, 1, 1)) +
+              LogLine(Seconds, 2, RssiAt(10, 0), AltBeaconPayload(0x118, TestGUID, 1, 2, Power)) +
+              LogLine(Seconds, 3, RssiAt(0, 10), EddystoneUIDPayload(UID, PowerAtZero)) +
+              LogLine(Seconds, 4, RssiAt(10, 10), iBeaconPayload(TestGUID, 1, 4, Power)) +
+              LogLine(Seconds, 7, RssiAt(5, 5), iBeaconPayload(TestGUID, 1, 7, 127));
+    return Text;
   }
 
   nlohmann::json ResultOf(const std::string& AArguments) const {
@@ -63,7 +76,7 @@ TEST_F(Evaluate, TellsHowFarPositionsAreOffAlikeEveryTime) {
       Outcome.Messages,
       "wayfence: beacons.csv:7: 1 beacon with the identity of one above; the first one counts\n"
       "wayfence: beacons.csv: 1 beacon left out, not on map 2 as the first one is\n"
-      "wayfence: 60 frames without a power: the estimator does not see them\n");
+      "wayfence: 60 frames without a power left out; the beacon file can give it\n");
   EXPECT_EQ(OutputOf(Arguments), Outcome.Output);
   EXPECT_NE(OutputOf(Arguments + " --seed 2"), Outcome.Output);
 
@@ -88,7 +101,7 @@ TEST_F(Evaluate, TellsHowFarPositionsAreOffAlikeEveryTime) {
 
 TEST_F(Evaluate, SettingsReachTheEstimator) {
   ReplaceFile(Path("slow.json"), R"({ "UpdateInterval": 1000 })");
-  ReplaceFile(Path("many.json"), "{ \"beaconstouse\": 4 } // more than have a distance");
+  ReplaceFile(Path("many.json"), "{ \"beaconstouse\": 5 } // more than have a distance");
   const int Estimates = ResultOf("")["estimates"];
   EXPECT_NEAR(int{ResultOf("--interval 1000")["estimates"]}, Estimates / 2.0, 2);
   EXPECT_NEAR(int{ResultOf("--options slow.json")["estimates"]}, Estimates / 2.0, 2);
@@ -96,6 +109,28 @@ TEST_F(Evaluate, SettingsReachTheEstimator) {
   const auto None = ResultOf("--options many.json");
   EXPECT_EQ(None["estimates"], 0);
   EXPECT_TRUE(None["raw"]["median"].is_null());
+  EXPECT_NE(
+      Run(std::string(Files) + "--options many.json")
+          .Messages.find(
+              "wayfence: no estimate: never were 5 listed beacons with a known distance heard at "
+              "once\n"),
+      std::string::npos);
+}
+
+TEST_F(Evaluate, APowerOfTheListServesWhereTheFrameHasNone) {
+  const TOutcome Full = Run(Files);
+  ReplaceFile(Path("stand.log"), Recording(100, 130, false));
+  const TOutcome Bare = Run(Files);
+  EXPECT_EQ(Bare.Output, Full.Output);
+  EXPECT_EQ(Bare.Messages, Full.Messages);
+}
+
+TEST_F(Evaluate, DistancesAreKeptUntilTheDeathTime) {
+  WriteTruth(100, 230);
+  ReplaceFile(Path("stand.log"), Recording(100, 110) + Recording(220, 230));
+  const int Estimates = ResultOf("")["estimates"];
+  EXPECT_NEAR(int{ResultOf("--death-time 15")["estimates"]}, Estimates + 20, 2);
+  EXPECT_NEAR(int{ResultOf("--death-time 100")["estimates"]}, Estimates + 190, 2);
 }
 
 TEST_F(Evaluate, AGapOfYearsIsPassedOver) {
@@ -126,6 +161,8 @@ TEST_F(Evaluate, BeaconFilesAreRefusedWithThePlace) {
         TCase{"x,y,uuid,major\n1,2,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,65536\n",
               "2: major: '65536' is no whole number from 0 to 65535"},
         TCase{"x,y,kind\n1,2,Wifi\n", "2: kind: 'Wifi' is none of iBeacon, AltBeacon"},
+        TCase{"x,y,kind,power\n1,2,Eddystone,86\n",
+              "2: power: '86' is no whole number from -127 to 85"},
         TCase{"x,y,kind,namespace\n1,2,Eddystone,00112233445566778899\n",
               "2: instance: '' does not have 12 hexadecimal digits"}}) {
     ReplaceFile(Path("beacons.csv"), C.Text);
@@ -134,6 +171,8 @@ TEST_F(Evaluate, BeaconFilesAreRefusedWithThePlace) {
 }
 
 TEST_F(Evaluate, OtherRefusalsNameWhatIsWrong) {
+  ReplaceFile(Path("plain.csv"),
+              "x,y,uuid,major,minor\n1,2,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,1\n");
   ReplaceFile(Path("notime.csv"), "x,y\n1,2\n");
   ReplaceFile(Path("back.csv"), "t,x,y\n1,2,3\n0.9,2,3\n");
   ReplaceFile(Path("bad.json"), "{\n\"Beacons\": 3\n}");
@@ -147,7 +186,7 @@ TEST_F(Evaluate, OtherRefusalsNameWhatIsWrong) {
     for (const std::string Needed : {"--truth truth.csv", "--source stand.log", "--size 10x10"})
       if (AArguments.find(Needed.substr(0, Needed.find(' '))) == std::string::npos)
         AArguments += " " + Needed;
-    return "evaluate --beacons beacons.csv " + AArguments;
+    return "evaluate --beacons plain.csv " + AArguments;
   };
   for (const TCase& C :
        {TCase{
@@ -168,6 +207,10 @@ TEST_F(Evaluate, OtherRefusalsNameWhatIsWrong) {
         TCase{2, "--skip -1", "--skip: Value -1 not in range"}})
     ExpectRefusal(C.ExitCode, WithTheRest(C.Arguments), C.Message);
   ExpectRefusal(2, "evaluate --beacons beacons.csv", "--source is required");
+  ExpectRefusal(1,
+                std::string(Files) + "--options text.json",
+                "wayfence: beacons.csv:7: 1 beacon with the identity of one above; the first one "
+                "counts\n");
 }
 
 // ---------------------------------------------------------------- parts
@@ -209,6 +252,54 @@ TEST(Truth, LiesOnALineBetweenTwoRowsButNeverAcrossAJump) {
                          TCase{72, 0, None}}) {
     const auto Place = Truth.GetPlace(C.Seconds, 0, C.Skip);
     EXPECT_NEAR(Place ? Place->X : None, C.X, 1e-5) << C.Seconds << " skip " << C.Skip;
+  }
+}
+
+TEST(PowerSource, ChangesNothingButAPowerThatIsMissing) {
+  const TEddystoneUID UID{{}, {0, 0, 0, 0, 0, 1}};
+  const auto Listed = [&](TKindofBeacon AKind, std::uint16_t AMinor, int APower) {
+    TListedBeacon::TRow Row;
+    Row.Kind = AKind;
+    Row.GUID = TestGUID;
+    Row.Minor = AMinor;
+    Row.UID = UID;
+    Row.Power = APower;
+    return New<TListedBeacon>(Row, 0);
+  };
+  const auto Joined = [](TPayload A, const TPayload& B) {
+    A.insert(A.end(), B.begin(), B.end());
+    return A;
+  };
+  const TPayload Bare = iBeaconPayload(TestGUID, 0, 1, NoPower);
+  const TPayload Full = iBeaconPayload(TestGUID, 0, 1, -70);
+  const TPayload CutShort(Bare.begin(), Bare.end() - 1);
+  struct TCase {
+    TPayload Given, Passed;
+  };
+  std::vector<TCase> Cases{{Joined({2, 1, 6}, Bare), Joined({2, 1, 6}, Full)},
+                           {Joined(Bare, AltBeaconPayload(0x118, TestGUID, 0, 3, NoPower)),
+                            Joined(Full, AltBeaconPayload(0x118, TestGUID, 0, 3, -100))},
+                           {EddystoneUIDPayload(UID, NoPower), EddystoneUIDPayload(UID, 126)},
+                           {Joined(Bare, CutShort), Joined(Full, CutShort)}};
+  for (const TPayload& Kept : {iBeaconPayload(TestGUID, 0, 1, -20),
+                               iBeaconPayload(TestGUID, 0, 2, NoPower),
+                               EddystoneTLMPayload(3000),
+                               CutShort,
+                               Joined(Bare, TPayload(MaxPayloadSize)),
+                               TPayload{}})
+    Cases.push_back({Kept, Kept});
+  std::vector<TSourceStep> Steps(Cases.size());
+  for (std::size_t I = 0; I < Cases.size(); ++I) Steps[I].Payload = Cases[I].Given;
+  TPowerSource Source(New<TScriptedSource>(Steps),
+                      {Listed(TKindofBeacon::iBeacon, 1, -70),
+                       Listed(TKindofBeacon::iBeacon, 2, NoPower),
+                       Listed(TKindofBeacon::AltBeacon, 3, -100),
+                       Listed(TKindofBeacon::Eddystone, 0, 85)});
+  Source.Open();
+  TAdvertisement Advertisement;
+  for (const TCase& C : Cases) {
+    ASSERT_EQ(Source.Next(Advertisement, NoDeadline), TSourceResult::Advertisement);
+    EXPECT_EQ(BytesToHex(Advertisement.Payload), BytesToHex(C.Passed));
   }
 }
 
