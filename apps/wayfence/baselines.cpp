@@ -26,6 +26,11 @@ struct TVector {
   double Y = 0.0;
 };
 
+/// In extended precision: its last bits do not depend on which instructions the processor has.
+double PowerOfTen(double AExponent) {
+  return static_cast<double>(std::pow(10.0L, static_cast<long double>(AExponent)));
+}
+
 TPointF ToPoint(const TVector& AVector) {
   return {static_cast<float>(AVector.X), static_cast<float>(AVector.Y)};
 }
@@ -113,7 +118,7 @@ THeardBeacons TStrengthLog::GetHeard(double ASeconds) const {
   }
   THeardBeacons Result;
   for (const auto& [Beacon, Loss] : Losses)
-    Result.push_back({FPlaces[Beacon], std::pow(10.0, Loss.Sum / Loss.Count / 10.0 * FSPC)});
+    Result.push_back({FPlaces[Beacon], PowerOfTen(Loss.Sum / Loss.Count / 10.0 * FSPC)});
   std::stable_sort(Result.begin(), Result.end(), [](const auto& A, const auto& B) {
     return A.Distance < B.Distance;
   });
