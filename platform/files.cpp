@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <istream>
 #include <memory>
 
 #include "platform/errors.h"
@@ -31,6 +32,19 @@ std::string ReadWholeFile(const std::string& APath, std::size_t AMaxSize) {
       throw EFileError(fmt::format("{}: longer than {} bytes", APath, AMaxSize));
   }
   if (std::ferror(File.get())) RaiseFileError(APath, "the file cannot be read");
+  return Result;
+}
+
+std::string ReadWholeStream(std::istream& AStream, const std::string& AName, std::size_t AMaxSize) {
+  std::string Result;
+  char Part[1 << 16];
+  while (AStream) {
+    AStream.read(Part, sizeof Part);
+    Result.append(Part, static_cast<std::size_t>(AStream.gcount()));
+    if (Result.size() > AMaxSize)
+      throw EFileError(fmt::format("{}: longer than {} bytes", AName, AMaxSize));
+  }
+  if (!AStream.eof()) throw EFileError(fmt::format("{}: the stream cannot be read", AName));
   return Result;
 }
 

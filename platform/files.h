@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,9 @@ namespace System {
 /// The bytes of a file. Raises `EFileError` naming the file when it cannot be read or is longer
 /// than `AMaxSize` bytes.
 std::string ReadWholeFile(const std::string& APath, std::size_t AMaxSize);
+
+/// The bytes of a stream up to its end; raises in the same way, naming it `AName`.
+std::string ReadWholeStream(std::istream& AStream, const std::string& AName, std::size_t AMaxSize);
 
 /// Replaces a file as a whole, or leaves it as it was and raises `EFileError`.
 void ReplaceFile(const std::string& APath, std::string_view AContents);

@@ -46,5 +46,16 @@ inline constexpr std::string_view SXMLSubset =
 inline constexpr std::string_view SXMLIndentedTooLong =
     "the indented text would be longer than {} bytes";
 inline constexpr std::string_view SXMLUnreadable = "the text cannot be read: {}";
+inline constexpr std::string_view SDrawingSize =
+    "A drawing of {} x {} pixels is not possible; sides are from 1 to {} pixels";
+inline constexpr std::string_view SUnknownPicture = "{}: this is no PNG, JPEG or WebP picture";
+inline constexpr std::string_view SDamagedPicture =
+    "{}: the {} picture is damaged or cut short: {}";
+inline constexpr std::string_view SLargePicture =
+    "{}: the picture has {} x {} pixels; at most {} on a side and {} in all are read";
+inline constexpr std::string_view SPrintColours =
+    "{}: the picture has colours for print (CMYK); save it with RGB colours";
+inline constexpr std::string_view SAnimation =
+    "{}: the picture is an animation; save a single picture";
 
 }  // namespace System::Messages

@@ -10,9 +10,10 @@ jobs=${JOBS:-$(nproc)}
 
 # What every build needs: the presets hold the library, the program and the tests.
 build_packages=(g++ cmake ninja-build pkg-config ccache libfmt-dev nlohmann-json3-dev
-  libpugixml-dev libcli11-dev libpcap-dev libsystemd-dev libgtest-dev)
+  libpugixml-dev libcli11-dev libpcap-dev libsystemd-dev libgtest-dev libcairo2-dev
+  libpango1.0-dev libpng-dev libjpeg-dev libwebp-dev)
 # What the tests run.
-test_packages=(dbus gzip python3)
+test_packages=(dbus gzip python3 fonts-dejavu-core)
 bench_packages=(libbenchmark-dev libboost-graph-dev)
 clang_packages=(clang libclang-rt-14-dev)
 

@@ -1,0 +1,21 @@
+// What is painted with: a colour, or a picture stretched to a rectangle.
+#pragma once
+
+#include "platform/drawing.h"
+
+using cairo_t = struct _cairo;
+
+namespace System::Drawing {
+
+/// The opacity of a paint, from 0 to 1; 0 when it is no number.
+double OpacityOf(const TPaint& APaint);
+
+/// Makes a context paint with a colour, its opacity included, or with a picture, opaque, stretched
+/// to `ABounds` in the coordinates that `AMatrix` takes to pixels. False: there is nothing to
+/// paint.
+bool SetSource(cairo_t* AContext,
+               const TPaint& APaint,
+               const TRectF& ABounds,
+               const TMatrix& AMatrix);
+
+}  // namespace System::Drawing

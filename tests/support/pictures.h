@@ -1,0 +1,48 @@
+// Drawings compared with pictures that are kept.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "platform/drawing.h"
+#include "platform/files.h"
+
+namespace System {
+
+inline std::string SourceFile(const std::string& AName) {
+  return std::string(WAYFENCE_SOURCE_DIR "/") + AName;
+}
+
+/// The largest difference between the channels of two pixels.
+inline int Difference(std::uint32_t A, std::uint32_t B) {
+  int Result = 0;
+  for (int Shift = 0; Shift < 32; Shift += 8)
+    Result = std::max(
+        Result,
+        std::abs(static_cast<int>((A >> Shift) & 255) - static_cast<int>((B >> Shift) & 255)));
+  return Result;
+}
+
+/// Expects what was drawn to look like tests/pictures/NAME.png. Edges may be smoothed a little
+/// differently, and a few pixels may be off. What was drawn is kept when it does not.
+inline void ExpectPicture(const TDrawing& ADrawing, const std::string& AName) {
+  constexpr int Allowed = 32;
+  constexpr int MaxPixelsOff = 20;
+  const std::filesystem::path Drawn =
+      std::filesystem::current_path() / "pictures" / (AName + ".png");
+  std::filesystem::create_directories(Drawn.parent_path());
+  ReplaceFile(Drawn, EncodePng(*ADrawing.GetPicture()));
+
+  const TRef<TPicture> Kept = LoadPicture(SourceFile("tests/pictures/" + AName + ".png"));
+  ASSERT_EQ(Kept->GetSize(), ADrawing.GetSize()) << Drawn;
+  int Off = 0;
+  for (std::size_t I = 0; I < Kept->GetPixels().size(); ++I)
+    Off += Difference(Kept->GetPixels()[I], ADrawing.GetPixels()[I]) > Allowed ? 1 : 0;
+  EXPECT_LE(Off, MaxPixelsOff) << "pixels differ in " << Drawn;
+  if (Off <= MaxPixelsOff) std::filesystem::remove(Drawn);
+}
+
+}  // namespace System
