@@ -177,4 +177,356 @@ class TNode : public TEntity, public virtual INode {
   TPlace FFormerPlace;
 };
 
+// ---------------------------------------------------------------- TSceneNode
+
+class TScene;
+class TSceneLink;
+
+/// A node that is painted and hit-tested. Its scene parent and its scene are looked at, not kept; a
+/// scene that has died is no node's scene any more.
+class TSceneNode : public TNode, public virtual ISceneNode {
+ public:
+  FENCING_CLASS_INFO()
+
+  TSceneNode();
+  ~TSceneNode() override;
+
+  /// Tells the scene first.
+  void Detach() override;
+  bool SetChildIndex(INode* AChild, std::int32_t AIndex) override;
+  void SwapChildren(std::int32_t I, std::int32_t J) override;
+  void SetMode(TModeSet AMode) override;
+
+  ISceneNode* GetSceneParent() const override { return FSceneParent; }
+  std::int32_t GetSceneChildCount() const override {
+    return static_cast<std::int32_t>(FSceneChildren.size());
+  }
+  ISceneNode* GetSceneChildAt(std::int32_t AIndex) const override { return FSceneChildren[AIndex]; }
+  std::int32_t GetSceneChildIndex(const INode* ANode) const override;
+  IScene* GetScene() const override;
+  /// The node and what is below it belong to another scene from now on.
+  virtual void SetScene(TScene* AScene);
+  void SetClipChildren(bool AValue) override;
+  bool GetClipChildren() const override { return FClipChildren; }
+  void SetOpacity(float AValue) override;
+  float GetOpacity() const override { return FOpacity; }
+
+  void Paint(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix) override;
+  void Repaint() override;
+  void RepaintRect(const TRectF& ARect) override;
+  TRectF GetRepaintRect(bool AWithChildren, float AMargin) const override;
+  /// Asks for an old place (screen space) and the new one to be drawn anew.
+  virtual void AfterMovementRepaint(const TRectF& AOldRect);
+  virtual TRef<Canvas::IInvalidateRegion> GetInvalidateRegion() const;
+
+  virtual bool GetAllowRectModification() const { return true; }
+  virtual TPointF GetDisplacement() const = 0;
+  virtual void SetDisplacement(const TPointF& APoint) = 0;
+  virtual TRectF GetRect() const = 0;
+  virtual void SetRect(const TRectF& ARect) = 0;
+  float GetWidth() const { return GetRect().GetWidth(); }
+  void SetWidth(float AValue);
+  float GetHeight() const { return GetRect().GetHeight(); }
+  void SetHeight(float AValue);
+  virtual ISceneNode* AsSceneNode() { return this; }
+
+  TRectF GetGlobalRect() const override { return GetGlobalRectWithChildren(0); }
+  TRectF GetGlobalRectWithChildren(std::int32_t ADepth) const override;
+  TRectF GetScreenRect() const override { return GetScreenRect(GetRect()); }
+  /// What bounds a rectangle of the node's own space on the screen.
+  TRectF GetScreenRect(const TRectF& ARect) const;
+  TCorners GetScreenCorners() const { return GetScreenCorners(GetRect()); }
+  TCorners GetScreenCorners(const TRectF& ARect) const;
+  TCorners GetLocalCorners() const override;
+  TCorners GetGlobalCorners() const override;
+  /// The corners of what is painted, local space.
+  virtual TCorners GetLocalRepaintCorners() const { return GetLocalCorners(); }
+  TMatrix GetGlobalMatrix() const override;
+  TMatrix GetInverseGlobalMatrix() const override { return GetGlobalMatrix().Inverse(); }
+  TMatrix GetLocalMatrix() const override { return TMatrix::Identity(); }
+  TMatrix GetInverseLocalMatrix() const override { return GetLocalMatrix().Inverse(); }
+  TPointF GlobalToLocal(TPointF APoint) const override;
+  bool IsUnderGlobalPoint(TPointF APoint) const override;
+  virtual bool ContainsLocalPoint(TPointF) const { return false; }
+  TPointF GetClosestPointToGlobalPoint(TPointF APoint, bool AGlobal) const override;
+  TPointF GetCenterInGlobalSpace() const;
+  TPointF GetDisplacementToGetGlobalPosition(TPointF APoint) const;
+  void SetCenterInGlobalSpace(TPointF APoint);
+
+  ISceneNode* GetNodeUnderGlobalPoint(TPointF APoint) override;
+  ISceneNode* GetNodeUnderGlobalPoint(TPointF APoint,
+                                      TPointF& ALocalPoint,
+                                      const TMatrix& AParentMatrix) override;
+  ISceneNode* GetNodeUnderGlobalPoint(TPointF APoint,
+                                      TPointF& ALocalPoint,
+                                      const TMatrix& AParentMatrix,
+                                      TSceneNodes& ANodes) override;
+
+  void MouseEnter() override { EmitMouseEnter(this); }
+  void MouseExit() override { EmitMouseExit(this); }
+  void MouseMove(IViewport* AViewport, TPointF APoint, bool ADragged) override;
+  void MouseDown(IViewport* AViewport, TPointF APoint) override;
+  void MouseUp(IViewport* AViewport, TPointF APoint) override;
+
+  FENCING_NODE_EVENT(WillMove)
+  FENCING_NODE_EVENT(SceneChange)
+  FENCING_NODE_EVENT(DidMove)
+  FENCING_NODE_EVENT(MouseEnter)
+  FENCING_NODE_EVENT(MouseExit)
+  FENCING_NODE_EVENT(MouseMove)
+  FENCING_NODE_EVENT(MouseDown)
+  FENCING_NODE_EVENT(MouseUp)
+
+ protected:
+  /// Paints what is below the node; shapes draw themselves first. `AMatrix` is the global matrix
+  /// of the parent.
+  virtual void DoPaint(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix);
+  void PaintChildren(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix);
+  void AddedChild(INode* AChild, bool AFront) override;
+  void RemovedChild(INode* AChild) override;
+  void SettedParent(INode* AParent) override;
+  void MovedChildToFront(INode* AChild) override;
+  void MovedChildToBack(INode* AChild) override;
+  void ChangedChildrenOrder(const TNodes& AChildren) override;
+
+  TScene* GetSceneObject() const;
+  /// Sends the place of a child, with what is below it, to the region, if there is one.
+  void InvalidateChild(const ISceneNode& AChild);
+  void SetSceneLink(TRef<TSceneLink> ALink);
+
+ private:
+  TRectF BoundUnder(const TMatrix& AParentMatrix, std::int32_t ADepth) const;
+  ISceneNode* FindUnder(TPointF APoint,
+                        TPointF& ALocalPoint,
+                        const TMatrix& AParentMatrix,
+                        TSceneNodes* ANodes);
+  ISceneNode* FindChildUnder(TPointF APoint,
+                             TPointF& ALocalPoint,
+                             const TMatrix& AMatrix,
+                             TSceneNodes* ANodes);
+  void MoveSceneChild(INode* AChild, bool AToFront);
+  void RebuildSceneChildren();
+
+  bool FClipChildren = false;
+  float FOpacity = 1.0F;
+  TSceneNode* FSceneParent = nullptr;
+  std::vector<TSceneNode*> FSceneChildren;
+  const TSceneNode* FListedIn = nullptr;  // whose scene children hold this node
+  TRef<TSceneLink> FScene;
+};
+
+// ---------------------------------------------------------------- TLocationNode
+
+/// A node with a place of its own: a point is scaled, then turned about the node's origin, then
+/// moved. Setters announce the move and ask for both places to be drawn anew; values that are not
+/// finite are ignored.
+class TLocationNode : public TSceneNode {
+ public:
+  FENCING_CLASS_INFO()
+
+  TPointF GetDisplacement() const override { return FDisplacement; }
+  /// An equal place is no move.
+  void SetDisplacement(const TPointF& APoint) override;
+  TPointF GetScaling() const { return FScaling; }
+  virtual void SetScaling(const TPointF& AScaling);
+  float GetRotation() const { return FRotation; }
+  virtual void SetRotation(float ARadians);
+  virtual bool ContainsDisplacement() const { return true; }
+  TMatrix GetLocalMatrix() const override;
+
+ private:
+  template <class TChange>
+  void Move(TChange&& AChange);
+
+  TPointF FDisplacement;
+  TPointF FScaling{1.0F, 1.0F};
+  float FRotation = 0.0F;
+};
+
+// ---------------------------------------------------------------- TLayer
+
+/// A node without a place or extent of its own: its rectangle bounds the shapes among its children.
+class TLayer : public TSceneNode, public virtual IShape {
+ public:
+  FENCING_CLASS_INFO()
+
+  bool ContainsDisplacement() const override { return false; }
+  bool ContainsRect() const override { return false; }
+  TPointF GetDisplacement() const override { return {}; }
+  /// Moves every shape among the children by so much.
+  void SetDisplacement(const TPointF& ADelta) override;
+  void SetScaling(const TPointF&) override {}
+  TPointF GetScaling() const override { return {1.0F, 1.0F}; }
+  void SetRotation(float) override {}
+  float GetRotation() const override { return 0.0F; }
+  void SetRect(const TRectF&) override {}
+  TRectF GetRect() const override;
+  TRectF GetGlobalRect() const override { return GetRect(); }
+  bool GetAllowRectModification() const override { return TSceneNode::GetAllowRectModification(); }
+  TPointF GetDisplacementToGetGlobalPosition(TPointF APoint) const override {
+    return TSceneNode::GetDisplacementToGetGlobalPosition(APoint);
+  }
+  void SetCenterInGlobalSpace(TPointF APoint) override {
+    TSceneNode::SetCenterInGlobalSpace(APoint);
+  }
+  TPointF GetCenterInGlobalSpace() const override { return TSceneNode::GetCenterInGlobalSpace(); }
+  void SetEnableFill(bool) override {}
+  bool GetEnableFill() const override { return false; }
+  FENCING_NODE_EVENT(RectChange)
+};
+
+// ---------------------------------------------------------------- TViewport
+
+class TViewport : public TEntity, public virtual IViewport {
+ public:
+  FENCING_CLASS_INFO()
+
+  void SetViewport(const TRectF&) override {}
+  TRectF GetViewport() const override { return FViewport; }
+  void SetViewportAspectRatio(float AValue) override;
+  float GetViewportAspectRatio() const override;
+  void SetScreenAspectRatio(float AValue) override;
+  float GetScreenAspectRatio() const override;
+  void SetScreenSize(float AWidth, float AHeight) override;
+  TPointF GetScreenSize() const override { return FScreenSize; }
+  TRectF GetScreenRect() const override { return {0.0F, 0.0F, FScreenSize.X, FScreenSize.Y}; }
+  /// From -1 to 1, Y upwards, to a rectangle of the screen.
+  static TMatrix GetViewportMatrix(const TRectF& ARect);
+
+ private:
+  TRectF FViewport;
+  TPointF FScreenSize;
+};
+
+// ---------------------------------------------------------------- TCamera
+
+/// A camera: its place, rotation and scaling are the view. No child of its scene; every change
+/// has the whole scene drawn anew.
+class TCamera : public TLocationNode, public virtual ICamera {
+ public:
+  FENCING_CLASS_INFO()
+
+  float GetFrustumAspectRatio() const override;
+  void SetFrustumAspectRatio(float AValue) override;
+  void SetFrustum(const TRectF& ARect) override;
+  TRectF GetFrustum() const override { return FFrustum; }
+  TMatrix GetViewMatrix() const override { return GetInverseGlobalMatrix(); }
+  TMatrix GetProjectionMatrix() const override;
+
+  void Repaint() override;
+  void AfterMovementRepaint(const TRectF& AOldRect) override;
+  TRectF GetRepaintRect(bool, float) const override { return {}; }
+  TRectF GetScreenRect() const override { return {}; }
+
+  bool ContainsDisplacement() const override { return true; }
+  bool ContainsRect() const override { return true; }
+  void SetDisplacement(const TPointF& APoint) override { TLocationNode::SetDisplacement(APoint); }
+  TPointF GetDisplacement() const override { return TLocationNode::GetDisplacement(); }
+  void SetScaling(const TPointF& AScaling) override { TLocationNode::SetScaling(AScaling); }
+  TPointF GetScaling() const override { return TLocationNode::GetScaling(); }
+  void SetRotation(float ARadians) override { TLocationNode::SetRotation(ARadians); }
+  float GetRotation() const override { return TLocationNode::GetRotation(); }
+  /// The frustum; setting it here repaints nothing.
+  void SetRect(const TRectF& ARect) override { FFrustum = ARect; }
+  TRectF GetRect() const override { return FFrustum; }
+  bool GetAllowRectModification() const override { return TSceneNode::GetAllowRectModification(); }
+  TPointF GetDisplacementToGetGlobalPosition(TPointF APoint) const override {
+    return TSceneNode::GetDisplacementToGetGlobalPosition(APoint);
+  }
+  void SetCenterInGlobalSpace(TPointF APoint) override {
+    TSceneNode::SetCenterInGlobalSpace(APoint);
+  }
+  TPointF GetCenterInGlobalSpace() const override { return TSceneNode::GetCenterInGlobalSpace(); }
+  void SetEnableFill(bool) override {}
+  bool GetEnableFill() const override { return false; }
+  FENCING_NODE_EVENT(RectChange)
+
+ private:
+  TRectF FFrustum;
+};
+
+// ---------------------------------------------------------------- TScene
+
+/// The root: keeps camera, viewport, invalidation region and what the pointer is doing. It is its
+/// own scene.
+class TScene : public TLayer, public virtual IScene {
+ public:
+  FENCING_CLASS_INFO()
+
+  TScene();
+  ~TScene() override;
+
+  TRef<IViewport> GetViewport() const override { return FViewport; }
+  void SetViewport(const TRef<IViewport>& AViewport) override;
+  void MouseMove(IViewport* AViewport, TPointF APoint, bool ADragged) override;
+  void MouseDown(IViewport* AViewport, TPointF APoint) override;
+  void MouseUp(IViewport* AViewport, TPointF APoint) override;
+  FENCING_NODE_EVENT(MouseMove)
+  ISceneNode* GetSceneNodeUnderViewportPoint(IViewport* AViewport, TPointF APoint) override;
+  ISceneNode* GetSceneNodeUnderViewportPoint(IViewport* AViewport,
+                                             TPointF APoint,
+                                             TSceneNodes& ANodes) override;
+  ISceneNode* GetSceneNodeUnderGlobalPoint(TPointF APoint) override;
+  ISceneNode* GetSceneNodeUnderGlobalPoint(TPointF APoint, TSceneNodes& ANodes) override;
+  TPointF ViewportSpaceToGlobalSpace(IViewport* AViewport, TPointF APoint) const override;
+  TPointF GlobalSpaceToViewportSpace(IViewport* AViewport, TPointF APoint) const override;
+  TPointF ViewportVectorToWorld(IViewport* AViewport, TPointF AVector) const override;
+  TPointF WorldVectorToViewport(IViewport* AViewport, TPointF AVector) const override;
+  /// From global space to the pixels of a viewport; the identity without a camera.
+  TMatrix ComputeViewProjectionViewportMatrix(const IViewport* AViewport) const;
+  /// The same as it was when the last `PaintScene` began.
+  const TMatrix& GetViewProjectionViewportMatrix() const { return FViewProjectionViewportMatrix; }
+  TPointF GetMouseDownPoint() const override { return FMouseDownPoint; }
+  TPointF GetLastMouseMovePoint() const override { return FLastMouseMovePoint; }
+  TPointF GetNodeMouseDownPoint() const override { return FNodeMouseDownPoint; }
+  TPointF GetNodeLastMouseMovePoint() const override { return FNodeLastMouseMovePoint; }
+  TPointF GetMouseDelta() const override { return FMouseDelta; }
+  void SetInvalidator(const TRef<Canvas::IInvalidateRegion>& ARegion) override {
+    FInvalidateRegion = ARegion;
+  }
+  TRef<Canvas::IInvalidateRegion> GetInvalidateRegion() const override { return FInvalidateRegion; }
+  void Repaint() override { TLayer::Repaint(); }
+  void PaintScene(const TRef<Canvas::ILayer>& ALayer,
+                  const TRef<Canvas::ICanvas>& ACanvas) override;
+  bool GetDrawingScene() const { return FDrawingScene; }
+  TRectF GetRect() const override { return TLayer::GetRect(); }
+  bool GetAllowRectModification() const override { return false; }
+  void SetDisplacement(const TPointF&) override {}
+  void SetCamera(const TRef<ICamera>& ACamera) override;
+  TRef<ICamera> GetCamera() const override { return FCamera; }
+  void SetBundle(const TRef<Canvas::IBundle>& ABundle) override { FBundle = ABundle; }
+  TRef<Canvas::IBundle> GetBundle() const override { return FBundle; }
+  void SetChildren(const TNodes& AChildren) override;
+  /// Forgets a node that leaves, as far as the pointer is concerned.
+  void NotifyDetach(const INode* ANode);
+  void BeforeDestruction() noexcept override;
+
+ protected:
+  void AddedChild(INode* AChild, bool AFront) override;
+  void RemovedChild(INode* AChild) override;
+
+ private:
+  friend class TSceneNode;
+  TMatrix WorldMatrix() const { return ComputeViewProjectionViewportMatrix(FViewport.Get()); }
+  void ReleaseCamera();
+  void MoveOver(TPointF AGlobalPoint, IViewport* AViewport, bool ADragged);
+
+  const TRef<TSceneLink> FLink;
+  TRef<Canvas::ICanvas> FLastCanvas;
+  TRef<ICamera> FCamera;
+  TRef<IViewport> FViewport;
+  TRef<ISceneNode> FMouseNode;     // under the pointer after the last move
+  TRef<ISceneNode> FDraggingNode;  // pressed, until a move without drag or a release
+  TMatrix FViewProjectionViewportMatrix = TMatrix::Identity();
+  TPointF FMouseDelta;
+  TPointF FMouseDownPoint;
+  TPointF FLastMouseMovePoint;
+  TPointF FLastMouseScreenPoint;
+  TPointF FNodeMouseDownPoint;
+  TPointF FNodeLastMouseMovePoint;
+  TRef<Canvas::IInvalidateRegion> FInvalidateRegion;
+  TRef<Canvas::IBundle> FBundle;
+  bool FDrawingScene = false;
+};
+
 }  // namespace System::Beacon::Fencing::Scene

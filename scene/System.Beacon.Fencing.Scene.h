@@ -1,5 +1,8 @@
 // What a scene consists of, as interfaces; modes; and the registry that announces nodes. Scene
 // thread only, all of it.
+//
+// There are three spaces: local (a node's own), global (the scene's), screen (pixels of a viewport,
+// Y downwards). A point p is taken from one to the next as p × M.
 #pragma once
 
 #include <array>
@@ -11,10 +14,12 @@
 #include <vector>
 
 #include "platform/enum_set.h"
+#include "platform/geometry.h"
 #include "platform/guid.h"
 #include "platform/ref.h"
 #include "platform/reflection.h"
 #include "scene/System.Beacon.Fencing.Scene.Events.h"
+#include "scene/canvas/System.Beacon.Fencing.Canvas.h"
 
 namespace System::Beacon::Fencing::Scene {
 
@@ -70,6 +75,10 @@ class TModeSet {
 // ---------------------------------------------------------------- kinds of events
 
 class INode;
+class ISceneNode;
+class IScene;
+class IViewport;
+class ICamera;
 
 /// A kind of event: its id among all kinds, its filter bit, its handler's type.
 template <std::uint16_t AnId, TEventMask AMask, class THandler>
@@ -87,6 +96,17 @@ using TPropertyChangeEvent = TMethod<void(INode* ANode,
                                           const TValue& ANewValue)>;
 using TNameChangeEvent =
     TMethod<void(INode* ANode, const std::string& AnOldName, const std::string& ANewName)>;
+using TDidMoveEvent = TMethod<void(ISceneNode* ANode)>;
+using TWillMoveEvent = TMethod<void(ISceneNode* ANode)>;
+using TSceneChangeEvent = TMethod<void(ISceneNode* ANode, IScene* AnOldScene, IScene* ANewScene)>;
+using TMouseEnterEvent = TMethod<void(ISceneNode* ANode)>;
+using TMouseExitEvent = TMethod<void(ISceneNode* ANode)>;
+/// Points are in the node's own space; of a scene, in global space.
+using TMouseMoveEvent = TMethod<void(ISceneNode* ANode, const TPointF& APoint, bool ADragged)>;
+using TMouseDownEvent = TMethod<void(ISceneNode* ANode, const TPointF& APoint)>;
+using TMouseUpEvent = TMethod<void(ISceneNode* ANode, const TPointF& APoint)>;
+using TRectChangeEvent =
+    TMethod<void(ISceneNode* ANode, const TRectF& AnOldRect, const TRectF& ANewRect)>;
 
 inline constexpr std::uint16_t DidMoveEventId = 0;
 inline constexpr std::uint16_t WillMoveEventId = 1;
@@ -108,6 +128,15 @@ using ParentChange = TEventKind<ParentChangeEventId, 0x10, TParentChangeEvent>;
 using Destroying = TEventKind<DestroyingEventId, 0x8, TDestroyingEvent>;
 using PropertyChange = TEventKind<PropertyChangeEventId, 0x100, TPropertyChangeEvent>;
 using NameChange = TEventKind<NameChangeEventId, 0x200, TNameChangeEvent>;
+using DidMove = TEventKind<DidMoveEventId, 0x20, TDidMoveEvent>;
+using WillMove = TEventKind<WillMoveEventId, 0x40, TWillMoveEvent>;
+using SceneChange = TEventKind<SceneChangeEventId, 0x80, TSceneChangeEvent>;
+using MouseEnter = TEventKind<MouseEnterEventId, 0x400, TMouseEnterEvent>;
+using MouseExit = TEventKind<MouseExitEventId, 0x800, TMouseExitEvent>;
+using MouseMove = TEventKind<MouseMoveEventId, 0x1000, TMouseMoveEvent>;
+using MouseDown = TEventKind<MouseDownEventId, 0x2000, TMouseDownEvent>;
+using MouseUp = TEventKind<MouseUpEventId, 0x4000, TMouseUpEvent>;
+using RectChange = TEventKind<RectChangeEventId, 0x8000, TRectChangeEvent>;
 }  // namespace EventKinds
 
 /// Declares, in an interface, how handlers of a kind are connected: added, removed (the first that
@@ -218,6 +247,214 @@ class INode : public virtual IEntity {
 
  protected:
   ~INode() = default;
+};
+
+// ---------------------------------------------------------------- ISceneNode
+
+/// The corners of a rectangle: (Left, Top), (Right, Top), (Right, Bottom), (Left, Bottom).
+struct TCorners {
+  std::array<TPointF, 4> Points{};
+};
+
+using TSceneNodes = std::vector<ISceneNode*>;
+
+/// A node that is painted and found under points.
+///
+/// A node's global matrix is the global matrix of its scene parent times its own local matrix, in
+/// this order: a point passes through the parent's matrix first. So a node that is turned or scaled
+/// turns and scales the place of its parent, too; under a parent that has been moved it does not
+/// stay where one would put it. Trees in which only leaves are turned or scaled, and stand under
+/// parents that are not moved, are not concerned.
+class ISceneNode : public virtual INode {
+ public:
+  virtual ISceneNode* GetSceneParent() const = 0;
+  /// The children that are scene nodes, in their order.
+  virtual std::int32_t GetSceneChildCount() const = 0;
+  virtual ISceneNode* GetSceneChildAt(std::int32_t AIndex) const = 0;
+  virtual std::int32_t GetSceneChildIndex(const INode* ANode) const = 0;
+  virtual IScene* GetScene() const = 0;
+  /// Whether children are found, and counted for repainting, only inside this node.
+  virtual void SetClipChildren(bool AValue) = 0;
+  virtual bool GetClipChildren() const = 0;
+  /// Paints the node and what is below it, in mode `Visible`; `AMatrix` is the global matrix of
+  /// the parent.
+  virtual void Paint(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix) = 0;
+  /// Asks for the node's place on the screen to be drawn anew.
+  virtual void Repaint() = 0;
+  /// The same for a part of the node, local space.
+  virtual void RepaintRect(const TRectF& ARect) = 0;
+  /// Where the node shows, with what is below it or without, and so many pixels around. Screen
+  /// space in a scene, else global space.
+  virtual TRectF GetRepaintRect(bool AWithChildren, float AMargin) const = 0;
+  /// From 0 to 1.
+  virtual void SetOpacity(float AValue) = 0;
+  virtual float GetOpacity() const = 0;
+  /// What bounds the node in global space, with children down to so many levels (below 0: all).
+  virtual TRectF GetGlobalRect() const = 0;
+  virtual TRectF GetGlobalRectWithChildren(std::int32_t ADepth) const = 0;
+  virtual TRectF GetScreenRect() const = 0;
+  virtual TCorners GetLocalCorners() const = 0;
+  virtual TCorners GetGlobalCorners() const = 0;
+  virtual TMatrix GetGlobalMatrix() const = 0;
+  virtual TMatrix GetInverseGlobalMatrix() const = 0;
+  virtual TMatrix GetLocalMatrix() const = 0;
+  virtual TMatrix GetInverseLocalMatrix() const = 0;
+  virtual TPointF GlobalToLocal(TPointF APoint) const = 0;
+  virtual bool IsUnderGlobalPoint(TPointF APoint) const = 0;
+  /// The topmost node in mode `Active` that contains a point, of this one and what is below it.
+  virtual ISceneNode* GetNodeUnderGlobalPoint(TPointF APoint) = 0;
+  /// The same under a parent with the given global matrix; `ALocalPoint` is the point in the node.
+  virtual ISceneNode* GetNodeUnderGlobalPoint(TPointF APoint,
+                                              TPointF& ALocalPoint,
+                                              const TMatrix& AParentMatrix) = 0;
+  /// The same, and appends every node that contains the point, children before their parents.
+  virtual ISceneNode* GetNodeUnderGlobalPoint(TPointF APoint,
+                                              TPointF& ALocalPoint,
+                                              const TMatrix& AParentMatrix,
+                                              TSceneNodes& ANodes) = 0;
+  /// What the pointer does; points are in local space.
+  virtual void MouseEnter() = 0;
+  virtual void MouseExit() = 0;
+  virtual void MouseMove(IViewport* AViewport, TPointF APoint, bool ADragged) = 0;
+  virtual void MouseDown(IViewport* AViewport, TPointF APoint) = 0;
+  virtual void MouseUp(IViewport* AViewport, TPointF APoint) = 0;
+
+  FENCING_CONNECTS(WillMove)
+  FENCING_CONNECTS(SceneChange)
+  FENCING_CONNECTS(DidMove)
+  FENCING_CONNECTS(MouseEnter)
+  FENCING_CONNECTS(MouseExit)
+  FENCING_CONNECTS(MouseMove)
+  FENCING_CONNECTS(MouseDown)
+  FENCING_CONNECTS(MouseUp)
+
+  /// The point of the node that is closest to a point of global space; in global space or local.
+  virtual TPointF GetClosestPointToGlobalPoint(TPointF APoint, bool AGlobal) const = 0;
+
+ protected:
+  ~ISceneNode() = default;
+};
+
+// ---------------------------------------------------------------- IShape
+
+/// A scene node with a rectangle and a place. Setters ignore what is not finite.
+class IShape : public virtual ISceneNode {
+ public:
+  virtual bool ContainsDisplacement() const = 0;
+  virtual bool ContainsRect() const = 0;
+  virtual void SetDisplacement(const TPointF& APoint) = 0;
+  virtual TPointF GetDisplacement() const = 0;
+  virtual void SetScaling(const TPointF& AScaling) = 0;
+  virtual TPointF GetScaling() const = 0;
+  virtual void SetRotation(float ARadians) = 0;
+  virtual float GetRotation() const = 0;
+  /// Local space.
+  virtual void SetRect(const TRectF& ARect) = 0;
+  virtual TRectF GetRect() const = 0;
+  virtual bool GetAllowRectModification() const = 0;
+  /// The displacement that would take the node's origin to a point of global space.
+  virtual TPointF GetDisplacementToGetGlobalPosition(TPointF APoint) const = 0;
+  virtual void SetCenterInGlobalSpace(TPointF APoint) = 0;
+  virtual TPointF GetCenterInGlobalSpace() const = 0;
+  virtual void SetEnableFill(bool AValue) = 0;
+  virtual bool GetEnableFill() const = 0;
+
+  FENCING_CONNECTS(RectChange)
+
+ protected:
+  ~IShape() = default;
+};
+
+// ---------------------------------------------------------------- IViewport, ICamera
+
+/// The drawing surface: its size in pixels.
+class IViewport : public virtual IEntity {
+ public:
+  /// Does nothing.
+  virtual void SetViewport(const TRectF& ARect) = 0;
+  virtual TRectF GetViewport() const = 0;
+  /// Width by height. Setters ignore what is not above 0.
+  virtual void SetViewportAspectRatio(float AValue) = 0;
+  virtual float GetViewportAspectRatio() const = 0;
+  /// Not supported: raises `EGeneralError`.
+  virtual void SetScreenAspectRatio(float AValue) = 0;
+  virtual float GetScreenAspectRatio() const = 0;
+  virtual void SetScreenSize(float AWidth, float AHeight) = 0;
+  virtual TPointF GetScreenSize() const = 0;
+  virtual TRectF GetScreenRect() const = 0;
+
+ protected:
+  ~IViewport() = default;
+};
+
+/// What a scene is looked at with: the frustum, a rectangle in the camera's own space, fills the
+/// viewport.
+class ICamera : public virtual IShape {
+ public:
+  /// Width by height; setting it changes the height. What is not above 0 is ignored.
+  virtual float GetFrustumAspectRatio() const = 0;
+  virtual void SetFrustumAspectRatio(float AValue) = 0;
+  virtual void SetFrustum(const TRectF& ARect) = 0;
+  virtual TRectF GetFrustum() const = 0;
+  /// From global space to the camera's.
+  virtual TMatrix GetViewMatrix() const = 0;
+  /// From the camera's space to -1 to 1; the identity for a frustum that is next to nothing.
+  virtual TMatrix GetProjectionMatrix() const = 0;
+
+ protected:
+  ~ICamera() = default;
+};
+
+// ---------------------------------------------------------------- IScene
+
+/// The root of what is painted. Viewport arguments: nothing stands for the scene's own. Without a
+/// camera, viewport and global space are the same.
+class IScene : public virtual INode {
+ public:
+  virtual TRef<IViewport> GetViewport() const = 0;
+  virtual void SetViewport(const TRef<IViewport>& AViewport) = 0;
+  /// What the pointer does; points are in pixels of the viewport.
+  virtual void MouseMove(IViewport* AViewport, TPointF APoint, bool ADragged) = 0;
+  virtual void MouseDown(IViewport* AViewport, TPointF APoint) = 0;
+  virtual void MouseUp(IViewport* AViewport, TPointF APoint) = 0;
+  /// Emitted for every move.
+  FENCING_CONNECTS(MouseMove)
+  virtual ISceneNode* GetSceneNodeUnderViewportPoint(IViewport* AViewport, TPointF APoint) = 0;
+  virtual ISceneNode* GetSceneNodeUnderViewportPoint(IViewport* AViewport,
+                                                     TPointF APoint,
+                                                     TSceneNodes& ANodes) = 0;
+  virtual ISceneNode* GetSceneNodeUnderGlobalPoint(TPointF APoint) = 0;
+  virtual ISceneNode* GetSceneNodeUnderGlobalPoint(TPointF APoint, TSceneNodes& ANodes) = 0;
+  virtual TPointF ViewportSpaceToGlobalSpace(IViewport* AViewport, TPointF APoint) const = 0;
+  virtual TPointF GlobalSpaceToViewportSpace(IViewport* AViewport, TPointF APoint) const = 0;
+  /// Vectors are not moved, only turned and scaled; always by the scene's own viewport.
+  virtual TPointF ViewportVectorToWorld(IViewport* AViewport, TPointF AVector) const = 0;
+  virtual TPointF WorldVectorToViewport(IViewport* AViewport, TPointF AVector) const = 0;
+  /// Global space.
+  virtual TPointF GetMouseDownPoint() const = 0;
+  virtual TPointF GetLastMouseMovePoint() const = 0;
+  /// In the space of the node that was pressed, or that the pointer is over.
+  virtual TPointF GetNodeMouseDownPoint() const = 0;
+  virtual TPointF GetNodeLastMouseMovePoint() const = 0;
+  /// The last movement of the pointer, global space.
+  virtual TPointF GetMouseDelta() const = 0;
+  /// Where damaged areas go; nothing: nowhere.
+  virtual void SetInvalidator(const TRef<Canvas::IInvalidateRegion>& ARegion) = 0;
+  virtual TRef<Canvas::IInvalidateRegion> GetInvalidateRegion() const = 0;
+  virtual void Repaint() = 0;
+  /// Paints the whole scene into a layer. What painting raises goes on after the canvas was told
+  /// that the scene has ended.
+  virtual void PaintScene(const TRef<Canvas::ILayer>& ALayer,
+                          const TRef<Canvas::ICanvas>& ACanvas) = 0;
+  /// What bounds the shapes among the children, global space.
+  virtual TRectF GetRect() const = 0;
+  virtual void SetCamera(const TRef<ICamera>& ACamera) = 0;
+  virtual TRef<ICamera> GetCamera() const = 0;
+  virtual void SetBundle(const TRef<Canvas::IBundle>& ABundle) = 0;
+  virtual TRef<Canvas::IBundle> GetBundle() const = 0;
+
+ protected:
+  ~IScene() = default;
 };
 
 // ---------------------------------------------------------------- TSceneRegistry

@@ -176,7 +176,7 @@ void TNode::AddChild(const TRef<INode>& AChild, bool AFront) {
   const TRef<TNode> Keep(this);
   Insert(*Child, AFront ? 0 : GetChildCount());
   Child->SetParent(this);
-  AddedChild(Child.Get(), AFront);
+  if (FindIndex(*Child) >= 0) AddedChild(Child.Get(), AFront);  // unless a handler took it away
 }
 
 bool TNode::RemoveChild(INode* AChild) {
