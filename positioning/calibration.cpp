@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/power_of_ten.h"
 #include "positioning/System.Beacon.Fencing.PositionCalculator.h"
 #include "positioning/calibration_round.h"
 
@@ -70,9 +71,7 @@ bool TTrilateration::DoCalcutateBeaconDistance(std::int32_t ATxPower,
     Record->SetTX(ATxPower);
     Correction = Record->GetCalibrationFactor();
   }
-  // In long double, since the other one takes steps of its own on every processor.
-  ANewDistance = static_cast<double>(std::pow(
-      10.0L, static_cast<long double>(((Strength - ATxPower) + Correction) / -10.0 * FSPC)));
+  ANewDistance = PowerOfTen(((Strength - ATxPower) + Correction) / -10.0 * FSPC);
   return true;
 }
 

@@ -4,8 +4,11 @@
 #include <cmath>
 #include <map>
 
+#include "platform/power_of_ten.h"
+
 namespace Wayfence {
 
+using System::PowerOfTen;
 using System::TPointF;
 using System::TRectF;
 
@@ -25,11 +28,6 @@ struct TVector {
   double X = 0.0;
   double Y = 0.0;
 };
-
-/// In extended precision: its last bits do not depend on which instructions the processor has.
-double PowerOfTen(double AExponent) {
-  return static_cast<double>(std::pow(10.0L, static_cast<long double>(AExponent)));
-}
 
 TPointF ToPoint(const TVector& AVector) {
   return {static_cast<float>(AVector.X), static_cast<float>(AVector.Y)};
