@@ -72,6 +72,7 @@ void TScriptedSource::Open() {
   if (!OpenError.empty()) throw EBeaconSourceError(OpenError);
   FWake.ResetEvent();
   FDue = Ticks() + FStep.Delay;
+  ++OpenCount;
 }
 
 TSourceResult TScriptedSource::Next(TAdvertisement& AAdvertisement, TTicks ADeadline) {
@@ -79,6 +80,7 @@ TSourceResult TScriptedSource::Next(TAdvertisement& AAdvertisement, TTicks ADead
     FHasStep = FNextStep(FStep);
     if (!FHasStep) {
       FFinished.SetEvent();
+      if (!EndError.empty()) throw EBeaconSourceError(EndError);
       return TSourceResult::Finished;
     }
     FDue += FStep.Delay;

@@ -41,9 +41,12 @@ class TScriptedSource final : public TInterfacedObject, public virtual IAdvertis
 
   /// Makes `Open` raise it; empty: it opens.
   std::string OpenError;
+  /// Raised at the end of the script in place of its end; empty: it ends.
+  std::string EndError;
+  int OpenCount = 0;
 
   void Open() override;
-  void Close() noexcept override {}
+  void Close() noexcept override { --OpenCount; }
   TSourceResult Next(TAdvertisement& AAdvertisement, TTicks ADeadline) override;
   void Interrupt() noexcept override { FWake.SetEvent(); }
   bool IsLive() const override { return false; }

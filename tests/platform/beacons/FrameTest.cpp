@@ -4,15 +4,11 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
-#include <memory>
 #include <sstream>
 
 #include "platform/beacons/System.Beacon.h"
-#include "platform/beacons/captures/captures.h"
 #include "platform/beacons/captures/hci_reports.h"
 #include "platform/beacons/tracker.h"
 #include "platform/errors.h"
@@ -33,39 +29,51 @@ TBytes BytesOf(std::string_view AHex) {
   return Result;
 }
 
-std::string ToText(const TBeaconFrame& AFrame) {
-  const std::span<const std::uint8_t> Id(AFrame.Id, AFrame.Id ? 16 : 0);
-  std::string URL;
-  switch (AFrame.Kind) {
-    case TFrameKind::iBeacon:
-      return fmt::format(
-          "iBeacon {} {}.{} {}", BytesToHex(Id), AFrame.Major, AFrame.Minor, AFrame.Power);
-    case TFrameKind::AltBeacon:
-      return fmt::format("AltBeacon {:04X} {} {}.{} {} {}",
-                         AFrame.ManufacturerID,
-                         BytesToHex(Id),
-                         AFrame.Major,
-                         AFrame.Minor,
-                         AFrame.Power,
-                         AFrame.Reserved);
-    case TFrameKind::EddystoneUID:
-      return fmt::format("UID {} {}", BytesToHex(Id), AFrame.Power);
-    case TFrameKind::EddystoneURL:
-      return fmt::format(
-          "URL {} {}", DecodeEddystoneURL(AFrame.Data, URL) ? URL : "malformed", AFrame.Power);
-    case TFrameKind::EddystoneTLM:
-      return "TLM " + BytesToHex(AFrame.Data);
-  }
-  return {};
+std::string LowerCase(std::string AText) {
+  for (char& C : AText) C = static_cast<char>(std::tolower(static_cast<unsigned char>(C)));
+  return AText;
 }
 
-/// The frames of a payload, then what was malformed: "iBeacon …; malformed 1".
+/// What a frame holds, under the names of the table of recorded advertisements.
+std::string ToText(const TBeaconFrame& AFrame) {
+  const std::string Id = LowerCase(BytesToHex({AFrame.Id, AFrame.Id ? 16U : 0U}));
+  if (AFrame.Kind == TFrameKind::iBeacon || AFrame.Kind == TFrameKind::AltBeacon)
+    return fmt::format("kind={};uuid={};major={};minor={};tx_1m={};manufacturer={};reserved={};",
+                       AFrame.Kind == TFrameKind::iBeacon ? "ibeacon" : "altbeacon",
+                       LowerCase(GUIDToString(AFrame.GetGUID()).substr(1, 36)),
+                       AFrame.Major,
+                       AFrame.Minor,
+                       AFrame.Power,
+                       AFrame.ManufacturerID,
+                       AFrame.Reserved);
+  const std::string Power =
+      AFrame.Power == NoPower ? "none" : std::to_string(AFrame.Power + 41);  // at 0 m
+  if (AFrame.Kind == TFrameKind::EddystoneUID)
+    return fmt::format("kind=eddystone-uid;namespace={};instance={};tx_0m={};",
+                       Id.substr(0, 20),
+                       Id.substr(20),
+                       Power);
+  if (AFrame.Kind == TFrameKind::EddystoneURL) {
+    std::string URL = "malformed";
+    DecodeEddystoneURL(AFrame.Data, URL);
+    return fmt::format("kind=eddystone-url;url={};tx_0m={};", URL, Power);
+  }
+  const TEddystoneTLM TLM = ReadTLM(AFrame.Data);
+  return fmt::format(
+      "kind=eddystone-tlm;voltage_mv={};temperature_raw_8_8={};adv_count={};uptime_0_1s={};",
+      TLM.BatteryVoltage,
+      TLM.Temperature ? fmt::format("{}", *TLM.Temperature * 256.0) : "none",
+      TLM.AdvertisementCount,
+      TLM.TimeSinceBoot);
+}
+
+/// The frames of a payload, then what was malformed.
 std::string FramesOf(const TBytes& APayload) {
   const TBytes Copy(APayload);  // of exactly this size, so that reading past its end is noticed
   TFrameReader Reader(Copy);
   TBeaconFrame Frame;
   std::string Result;
-  while (Reader.Next(Frame)) Result += ToText(Frame) + "; ";
+  while (Reader.Next(Frame)) Result += ToText(Frame);
   if (Reader.GetMalformed() > 0) Result += fmt::format("malformed {}; ", Reader.GetMalformed());
   return Result;
 }
@@ -77,12 +85,14 @@ constexpr const char* UIDData = "1516 AAFE 00EE 00112233445566778899 AABBCCDDEEF
 constexpr const char* URLData = "0A16 AAFE 1000 03 616263 07";
 constexpr const char* TLMData = "1116 AAFE 2000 0BB8 1980 00000001 0000000A";
 
-constexpr const char* iBeaconText = "iBeacon 000102030405060708090A0B0C0D0E0F 1.65534 -59; ";
-constexpr const char* AltBeaconText =
-    "AltBeacon 0118 000102030405060708090A0B0C0D0E0F 1.65534 -59 7; ";
-constexpr const char* UIDText = "UID 00112233445566778899AABBCCDDEEFF -59; ";
-constexpr const char* URLText = "URL https://abc.com -41; ";
-constexpr const char* TLMText = "TLM 0BB81980000000010000000A; ";
+const std::string UUIDText =
+    "uuid=00010203-0405-0607-0809-0a0b0c0d0e0f;major=1;minor=65534;tx_1m=-59;";
+const std::string iBeaconText = "kind=ibeacon;" + UUIDText + "manufacturer=76;reserved=0;";
+const std::string AltBeaconText = "kind=altbeacon;" + UUIDText + "manufacturer=";
+const std::string UIDText =
+    "kind=eddystone-uid;namespace=00112233445566778899;instance=aabbccddeeff;tx_0m=";
+const std::string URLText = "kind=eddystone-url;url=https://abc.com;tx_0m=0;";
+const std::string TLMText = "kind=eddystone-tlm;voltage_mv=3000;temperature_raw_8_8=";
 
 TEST(TFrameReader, ReadsTheFramesOfAPayload) {
   const std::string iBeacon = iBeaconData, UID = UIDData;
@@ -91,22 +101,23 @@ TEST(TFrameReader, ReadsTheFramesOfAPayload) {
       {iBeacon, iBeaconText},
       {"020106" + iBeacon, iBeaconText},
       {"1BFF 4C00 0215 000102030405060708090A0B0C0D0E0F 0001 FFFE C5 99", iBeaconText},
-      {AltBeaconData, AltBeaconText},
+      {AltBeaconData, AltBeaconText + "280;reserved=7;"},
       {"1AFF 1801 BEAC 000102030405060708090A0B0C0D0E0F 0001 FFFE C5",
-       "AltBeacon 0118 000102030405060708090A0B0C0D0E0F 1.65534 -59 0; "},
+       AltBeaconText + "280;reserved=0;"},
       {"1AFF 4C00 BEAC 000102030405060708090A0B0C0D0E0F 0001 FFFE C5",
-       "AltBeacon 004C 000102030405060708090A0B0C0D0E0F 1.65534 -59 0; "},
-      {UID, UIDText},
-      {"1716 AAFE 00EE 00112233445566778899 AABBCCDDEEFF 0000", UIDText},
-      {"1516 AAFE 007F 00112233445566778899 AABBCCDDEEFF",
-       "UID 00112233445566778899AABBCCDDEEFF 127; "},
-      {"1516 AAFE 0080 00112233445566778899 AABBCCDDEEFF",
-       "UID 00112233445566778899AABBCCDDEEFF -128; "},
+       AltBeaconText + "76;reserved=0;"},
+      {UID, UIDText + "-18;"},
+      {"1716 AAFE 00EE 00112233445566778899 AABBCCDDEEFF 0000", UIDText + "-18;"},
+      {"1516 AAFE 007F 00112233445566778899 AABBCCDDEEFF", UIDText + "none;"},
+      {"1516 AAFE 0080 00112233445566778899 AABBCCDDEEFF", UIDText + "-87;"},
       {"020106 0303AAFE " + std::string(URLData), URLText},
-      {TLMData, TLMText},
+      {TLMData, TLMText + "6528;adv_count=1;uptime_0_1s=10;"},
+      {"1116 AAFE 2000 0BB8 8000 00010002 FFFFFFFF",
+       TLMText + "none;adv_count=65538;uptime_0_1s=4294967295;"},
+      {"1116 AAFE 2000 0BB8 FF80 00000000 00000000", TLMText + "-128;adv_count=0;uptime_0_1s=0;"},
       // Several frames; a scan response after padding; padding at the end.
-      {iBeacon + UID, std::string(iBeaconText) + UIDText},
-      {iBeacon + "0000000000" + UID + "0000", std::string(iBeaconText) + UIDText},
+      {iBeacon + UID, iBeaconText + UIDText + "-18;"},
+      {iBeacon + "0000000000" + UID + "0000", iBeaconText + UIDText + "-18;"},
       // Other companies, services and frames are no beacons and not malformed.
       {"1AFF 4D00 0215 000102030405060708090A0B0C0D0E0F 0001 FFFE C5", ""},
       {"1AFF 4C00 0216 000102030405060708090A0B0C0D0E0F 0001 FFFE C5", ""},
@@ -116,36 +127,30 @@ TEST(TFrameReader, ReadsTheFramesOfAPayload) {
       {"0416 AAFE 40", ""},
       {"1116 AAFE 2001 0BB8 1980 00000001 0000000A", ""},
       // Malformed frames do not hide what follows; a structure that is cut short ends the payload.
-      {"05FF 4C00 0215" + UID, std::string(UIDText) + "malformed 1; "},
+      {"05FF 4C00 0215" + UID, UIDText + "-18;malformed 1; "},
       {"05FF 1801 BEAC", "malformed 1; "},
-      {"0316 AAFE" + iBeacon, std::string(iBeaconText) + "malformed 1; "},
+      {"0316 AAFE" + iBeacon, iBeaconText + "malformed 1; "},
       {"0516 AAFE 1000", "malformed 1; "},
       {"0616 AAFE 2000 0B", "malformed 1; "},
       {"0616 AAFE 00EE 00", "malformed 1; "},
-      {iBeacon + "1AFF 4C00", std::string(iBeaconText) + "malformed 1; "},
+      {iBeacon + "1AFF 4C00", iBeaconText + "malformed 1; "},
       {"FF", "malformed 1; "},
   };
   for (const auto& [Payload, Frames] : Cases)
     EXPECT_EQ(FramesOf(BytesOf(Payload)), Frames) << Payload;
 }
 
-TEST(TFrameReader, APayloadThatIsCutShortAnywhereGivesNoFrame) {
-  for (const char* Hex : {iBeaconData, AltBeaconData, UIDData, URLData, TLMData}) {
+TEST(TFrameReader, APayloadOrAFrameThatIsCutShortIsMalformed) {
+  for (const std::string Hex : {iBeaconData, AltBeaconData, UIDData, URLData, TLMData}) {
     const TBytes Whole = BytesOf(Hex);
-    for (std::size_t Size = 0; Size < Whole.size(); ++Size) {
-      const TBytes Cut(Whole.begin(), Whole.begin() + static_cast<std::ptrdiff_t>(Size));
-      EXPECT_EQ(FramesOf(Cut), Size == 0 ? "" : "malformed 1; ") << Hex << " at " << Size;
-    }
-  }
-}
-
-TEST(TFrameReader, AFrameThatIsTooShortForItsKindIsMalformed) {
-  for (const char* Hex : {iBeaconData, UIDData, TLMData}) {
-    const TBytes Whole = BytesOf(Hex);
-    for (std::size_t Size = 6; Size < Whole.size(); ++Size) {
-      TBytes Short(Whole.begin(), Whole.begin() + static_cast<std::ptrdiff_t>(Size));
-      Short[0] = static_cast<std::uint8_t>(Size - 1);
-      EXPECT_EQ(FramesOf(Short), "malformed 1; ") << Hex << " at " << Size;
+    const bool IsOfOneSize = Hex != AltBeaconData && Hex != URLData;
+    for (std::size_t Size = 1; Size < Whole.size(); ++Size) {
+      TBytes Cut(Whole.begin(), Whole.begin() + static_cast<std::ptrdiff_t>(Size));
+      EXPECT_EQ(FramesOf(Cut), "malformed 1; ") << Hex << " at " << Size;
+      Cut[0] = static_cast<std::uint8_t>(Size - 1);
+      if (IsOfOneSize && Size >= 6) {
+        EXPECT_EQ(FramesOf(Cut), "malformed 1; ") << Hex << " of length " << Size;
+      }
     }
   }
 }
@@ -170,153 +175,43 @@ TEST(DecodeEddystoneURL, ExpandsSchemesAndEndings) {
   }
 }
 
-TEST(ReadTLM, TellsWhatIsNotSupported) {
-  const TEddystoneTLM Plain = ReadTLM(BytesOf("0BB8 1980 00010002 FFFFFFFF"));
-  EXPECT_EQ(Plain.BatteryVoltage, 3000);
-  EXPECT_EQ(Plain.Temperature, 25.5);
-  EXPECT_EQ(Plain.AdvertisementCount, 65538U);
-  EXPECT_EQ(Plain.TimeSinceBoot, 0xFFFFFFFFU);
-  EXPECT_EQ(ReadTLM(BytesOf("0000 8000 00000000 00000000")).Temperature, std::nullopt);
-  EXPECT_EQ(ReadTLM(BytesOf("0000 FF80 00000000 00000000")).Temperature, -0.5);
-}
-
-// ---------------------------------------------------------------- recorded advertisements
-
-using TFields = std::map<std::string, std::string>;
-
-/// The cells of one row; quoted ones may hold commas.
-std::vector<std::string> CellsOf(const std::string& ARow) {
-  std::vector<std::string> Result(1);
-  bool IsQuoted = false;
-  for (const char C : ARow) {
-    if (C == '"')
-      IsQuoted = !IsQuoted;
-    else if (C == ',' && !IsQuoted)
-      Result.emplace_back();
-    else
-      Result.back() += C;
-  }
-  return Result;
-}
-
-TFields FieldsOf(const std::string& AText) {
-  TFields Result;
-  for (std::size_t At = 0; At < AText.size();) {
-    const std::size_t End = std::min(AText.find(';', At), AText.size());
-    const std::string Field = AText.substr(At, End - At);
-    Result[Field.substr(0, Field.find('='))] = Field.substr(Field.find('=') + 1);
-    At = End + 1;
-  }
-  return Result;
-}
-
-std::string LowerCase(std::string AText) {
-  for (char& C : AText) C = static_cast<char>(std::tolower(static_cast<unsigned char>(C)));
-  return AText;
-}
-
-/// What a frame holds, under the names of the table of recorded advertisements.
-TFields FieldsOf(const TBeaconFrame& AFrame) {
-  const std::string Power = fmt::format("{}", AFrame.Power);
-  const std::string AtZero = fmt::format("{}", AFrame.Power + 41);
-  std::string URL;
-  switch (AFrame.Kind) {
-    case TFrameKind::iBeacon:
-    case TFrameKind::AltBeacon:
-      return {{"kind", AFrame.Kind == TFrameKind::iBeacon ? "ibeacon" : "altbeacon"},
-              {"uuid", LowerCase(GUIDToString(AFrame.GetGUID()).substr(1, 36))},
-              {"major", fmt::format("{}", AFrame.Major)},
-              {"minor", fmt::format("{}", AFrame.Minor)},
-              {"tx_1m", Power},
-              {"manufacturer", fmt::format("{}", AFrame.ManufacturerID)},
-              {"reserved", fmt::format("{}", AFrame.Reserved)}};
-    case TFrameKind::EddystoneUID:
-      return {{"kind", "eddystone-uid"},
-              {"namespace", LowerCase(BytesToHex({AFrame.Id, 10}))},
-              {"instance", LowerCase(BytesToHex({AFrame.Id + 10, 6}))},
-              {"tx_0m", AtZero}};
-    case TFrameKind::EddystoneURL:
-      EXPECT_TRUE(DecodeEddystoneURL(AFrame.Data, URL));
-      return {{"kind", "eddystone-url"}, {"url", URL}, {"tx_0m", AtZero}};
-    case TFrameKind::EddystoneTLM:
-      break;
-  }
-  const TEddystoneTLM TLM = ReadTLM(AFrame.Data);
-  const int Temperature = TLM.Temperature ? static_cast<int>(*TLM.Temperature * 256.0) : -32768;
-  return {{"kind", "eddystone-tlm"},
-          {"voltage_mv", fmt::format("{}", TLM.BatteryVoltage)},
-          {"temperature_raw_8_8", fmt::format("{}", Temperature)},
-          {"adv_count", fmt::format("{}", TLM.AdvertisementCount)},
-          {"uptime_0_1s", fmt::format("{}", TLM.TimeSinceBoot)}};
-}
-
-/// Recordings that lie outside the repository; empty where they are missing.
-std::filesystem::path DataFolder() {
-  const char* const Named = std::getenv("WAYFENCE_DATA_DIR");
-  const std::filesystem::path Folder = Named ? Named : WAYFENCE_SOURCE_DIR "/../shared/data";
-  return std::filesystem::exists(Folder / "advertisements") ? Folder / "advertisements"
-                                                            : std::filesystem::path();
-}
-
-/// The advertisement inside the bytes of a row.
-TFields ReadRow(const std::string& ALayer, const TBytes& ABytes, TBytes& APayload) {
-  if (!ALayer.starts_with("hci_event")) {
-    APayload = ABytes;
-    return {};
-  }
+/// The advertisement inside the bytes of a row, and what is around it.
+TBytes PayloadIn(const std::string& ALayer, const TBytes& ABytes, std::string& AFields) {
+  if (!ALayer.starts_with("hci_event")) return ABytes;
   TAdvertisementQueue Queue;
-  THciReports Reports(Queue);
-  EXPECT_EQ(Reports.ParsePacket(ABytes, 0), "");
-  TAdvertisement Advertisement;
-  EXPECT_TRUE(Queue.Pop(Advertisement));
-  APayload.assign(Advertisement.Payload.begin(), Advertisement.Payload.end());
-  return {{"address", LowerCase(BytesToHex(Advertisement.Address.Bytes))},
-          {"rssi", fmt::format("{}", Advertisement.Rssi)}};
+  EXPECT_EQ(THciReports(Queue).ParsePacket(ABytes, 0), "");
+  TAdvertisement Heard;
+  EXPECT_TRUE(Queue.Pop(Heard));
+  AFields =
+      fmt::format("address={};rssi={};", LowerCase(BytesToHex(Heard.Address.Bytes)), Heard.Rssi);
+  return {Heard.Payload.begin(), Heard.Payload.end()};
 }
 
 TEST(RecordedAdvertisements, HoldTheFieldsThatOthersReadInThem) {
-  const std::filesystem::path Folder = DataFolder();
-  if (Folder.empty()) GTEST_SKIP() << "there is no folder of recordings; see WAYFENCE_DATA_DIR";
-  std::istringstream Table(ReadWholeFile(Folder / "vectors.csv", 1 << 20));
+  const char* const Named = std::getenv("WAYFENCE_DATA_DIR");
+  const std::filesystem::path Folder = Named ? Named : WAYFENCE_SOURCE_DIR "/../shared/data";
+  const std::filesystem::path File = Folder / "advertisements/vectors.csv";
+  if (!exists(File)) GTEST_SKIP() << "there is no folder of recordings; see WAYFENCE_DATA_DIR";
+  std::istringstream Table(ReadWholeFile(File, 1 << 20));
   std::string Row;
   std::getline(Table, Row);
   int Rows = 0;
   for (; std::getline(Table, Row); ++Rows) {
-    const std::vector<std::string> Cells = CellsOf(Row);
-    ASSERT_GE(Cells.size(), 5U) << Row;
-    TBytes Payload;
-    TFields Read = ReadRow(Cells[1], BytesOf(Cells[2]), Payload);
-    TFrameReader Reader(Payload);
-    TBeaconFrame Frame;
-    Read.merge(Reader.Next(Frame) ? FieldsOf(Frame) : TFields{{"kind", "none"}});
-    EXPECT_EQ(Read["kind"], Cells[3]) << Row;
-    TFields Expected = FieldsOf(Cells[4]);
-    for (const char* NotRead : {"", "address_type", "event_type"}) Expected.erase(NotRead);
-    for (const auto& [Name, Value] : Expected) EXPECT_EQ(Read[Name], Value) << Row;
-    EXPECT_FALSE(Reader.Next(Frame)) << Row;
+    std::istringstream Cells(Row);
+    std::string Name, Layer, Hex, Kind, Fields, Around;
+    for (std::string* Cell : {&Name, &Layer, &Hex, &Kind, &Fields}) std::getline(Cells, *Cell, ',');
+    const TBytes Payload = PayloadIn(Layer, BytesOf(Hex), Around);
+    const std::string Frames = FramesOf(Payload);
+    const bool HasFrame = Frames.starts_with("kind=");
+    const std::string Read = ";" + Around + (HasFrame ? Frames : "kind=none;");
+    std::istringstream Expected("kind=" + Kind + ";" + Fields);
+    for (std::string Field; std::getline(Expected, Field, ';');)
+      if (!Field.starts_with("address_type=") && !Field.starts_with("event_type=")) {
+        EXPECT_NE(Read.find(";" + Field + ";"), std::string::npos) << Field << " in " << Read;
+      }
+    EXPECT_EQ(Frames.rfind("kind="), HasFrame ? 0 : std::string::npos) << "several: " << Row;
   }
   EXPECT_GT(Rows, 0);
-}
-
-TEST(RecordedAdvertisements, ACaptureWithoutBeaconsYieldsNone) {
-  const std::filesystem::path File = DataFolder() / "negative/nrf_sniffer_phones.pcapng.gz";
-  if (!exists(File)) GTEST_SKIP() << "there is no folder of recordings; see WAYFENCE_DATA_DIR";
-#ifndef WAYFENCE_HAS_PCAP
-  GTEST_SKIP() << "built without libpcap";
-#endif
-  TBytes Bytes;
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> Pipe(
-      popen(("zcat '" + File.string() + "'").c_str(), "r"), &pclose);
-  for (int C = std::fgetc(Pipe.get()); C != EOF; C = std::fgetc(Pipe.get()))
-    Bytes.push_back(static_cast<std::uint8_t>(C));
-  const TRef<IAdvertisementReader> Reader = OpenCapture(std::move(Bytes));
-  TAdvertisement Advertisement;
-  int Count = 0;
-  for (; Reader->Read(Advertisement); ++Count) {
-    TBeaconFrame Frame;
-    EXPECT_FALSE(TFrameReader(Advertisement.Payload).Next(Frame));
-  }
-  EXPECT_GT(Count, 0);
 }
 
 }  // namespace

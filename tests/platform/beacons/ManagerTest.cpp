@@ -6,6 +6,7 @@
 #include "platform/beacons/captures/captures.h"
 #include "platform/beacons/replay_source.h"
 #include "platform/errors.h"
+#include "platform/hex.h"
 #include "platform/random.h"
 #include "platform/simulation.h"
 #include "support/fake_beacon.h"
@@ -26,32 +27,6 @@ TBeaconsRegion RegionOfTests() {
 TSourceStep Step(TTicks ADelay, int AMinor, int ARssi = -59) {
   return {ADelay, iBeaconPayload(TestGUID, 0, AMinor), ARssi, static_cast<std::uint8_t>(AMinor)};
 }
-
-/// Every delivery of a source, counted; fails when told to.
-class TProbedSource final : public TInterfacedObject, public virtual IAdvertisementSource {
- public:
-  explicit TProbedSource(std::vector<TSourceStep> ASteps)
-      : FScript(New<TScriptedSource>(std::move(ASteps))) {}
-
-  void Open() override {
-    FScript->Open();
-    ++OpenCount;
-  }
-  void Close() noexcept override { --OpenCount; }
-  TSourceResult Next(TAdvertisement& AAdvertisement, TTicks ADeadline) override {
-    const TSourceResult Result = FScript->Next(AAdvertisement, ADeadline);
-    if (Result == TSourceResult::Finished && Fails) throw EBeaconSourceError("the radio is gone");
-    return Result;
-  }
-  void Interrupt() noexcept override { FScript->Interrupt(); }
-  bool IsLive() const override { return false; }
-
-  bool Fails = false;
-  int OpenCount = 0;
-
- private:
-  const TRef<TScriptedSource> FScript;
-};
 
 /// A manager in a simulation; what it reports are lines that begin with milliseconds.
 class Manager : public testing::Test {
@@ -104,24 +79,19 @@ class Manager : public testing::Test {
 TEST_F(Manager, ReportsARecordingAtTheTimesWhenItWasMade) {
   std::string Text;
   const auto Add = [&Text](double ASeconds, int AMinor, int ARssi) {
-    Text += fmt::format(R"({{"t": {}, "address": "C0:00:00:00:00:01", "rssi": {}, "adv": "{}"}})"
-                        "\n",
+    Text += fmt::format(R"({{"t":{},"address":"C0:00:00:00:00:01","rssi":{},"adv":"{}"}})",
                         ASeconds,
                         ARssi,
-                        [&] {
-                          std::string Hex;
-                          for (const int Byte : iBeaconPayload(TestGUID, 0, AMinor))
-                            Hex += fmt::format("{:02X}", Byte);
-                          return Hex;
-                        }());
+                        BytesToHex(iBeaconPayload(TestGUID, 0, AMinor)));
+    Text += '\n';
   };
   Add(100.0, 1, -59);
   Add(100.25, 2, -79);
   Add(101.0, 1, -79);
   Add(100.5, 1, -59);  // the clock ran back
   Add(130.0, 3, -59);
-  const auto Source =
-      New<TReplaySource>(OpenAdvertisementLog(std::vector<std::uint8_t>(Text.begin(), Text.end())));
+  const std::vector<std::uint8_t> Bytes(Text.begin(), Text.end());
+  const auto Source = New<TReplaySource>(OpenAdvertisementLog(Bytes));
   FManager.SetSource(Source);
   FManager.StartScan();
   Source->GetFinished().WaitUntil(NoDeadline);
@@ -138,11 +108,10 @@ TEST_F(Manager, ReportsARecordingAtTheTimesWhenItWasMade) {
 TEST_F(Manager, SettingsTakeEffectWithTheNextAdvertisement) {
   FManager.UnRegisterBeacons(RegionOfTests());
   FManager.UnRegisterBeacons(RegionOfTests());
-  const auto Source = Start({Step(1'000 * Ms, 1),
-                             Step(1'000 * Ms, 2, -69),
-                             Step(1'000 * Ms, 3, -69),
-                             Step(1'000 * Ms, 1),
-                             Step(4'000 * Ms, 3)});
+  constexpr TTicks Second = TicksPerSecond;
+  std::vector Steps{Step(Second, 1), Step(Second, 2, -69), Step(Second, 3, -69)};
+  Steps.insert(Steps.end(), {Step(Second, 1), Step(4 * Second, 3)});
+  const auto Source = Start(Steps);
   Sleep(1'500);
   FManager.RegisterBeacons(RegionOfTests());
   Sleep(1'000);
@@ -205,15 +174,17 @@ TEST_F(Manager, AHandOffMayStopAndStartWhatIsBeingStopped) {
 }
 
 TEST_F(Manager, SourcesAreClosedWhateverTheyEndWith) {
-  const auto Finishing = New<TProbedSource>(std::vector{Step(0, 1)});
+  const auto Finishing = New<TScriptedSource>(std::vector{Step(0, 1)});
+  const auto Failing = New<TScriptedSource>(std::vector{Step(0, 2)});
+  const auto Refusing = New<TScriptedSource>(std::vector<TSourceStep>());
+  Failing->EndError = "the radio is gone";
+  Refusing->OpenError = "no adapter";
   FManager.SetSource(Finishing);
   FManager.StartScan();
   Sleep(1'000);
   EXPECT_FALSE(FManager.IsScanning());
   EXPECT_TRUE(FLast->IsAlive());
 
-  const auto Failing = New<TProbedSource>(std::vector{Step(0, 2)});
-  Failing->Fails = true;
   FManager.SetSource(Failing);
   EXPECT_EQ(Finishing->OpenCount, 0);
   EXPECT_FALSE(FLast->IsAlive());
@@ -222,8 +193,6 @@ TEST_F(Manager, SourcesAreClosedWhateverTheyEndWith) {
   EXPECT_EQ(Take(), "0 enter 1 of 1; 1000 enter 2 of 1; 1000 error the radio is gone; ");
   EXPECT_FALSE(FManager.IsScanning());
 
-  const auto Refusing = New<TScriptedSource>(std::vector<TSourceStep>());
-  Refusing->OpenError = "no adapter";
   FManager.SetSource(Refusing);
   EXPECT_EQ(Failing->OpenCount, 0);
   EXPECT_EQ(Raised<EBeaconSourceError>([&] { FManager.StartScan(); }), "no adapter");

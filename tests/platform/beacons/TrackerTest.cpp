@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <functional>
+#include <sstream>
 
 #include "support/fake_beacon.h"
 #include "support/scripted_source.h"
@@ -13,7 +14,7 @@
 namespace System::Beacon {
 namespace {
 
-constexpr const char* ProximityNames[] = {"Unknown", "Immediate", "Near", "Far", "Away"};
+const std::string ProximityNames[] = {"Unknown", "Immediate", "Near", "Far", "Away"};
 
 TEddystoneUID UIDOf(int AInstance) {
   TEddystoneUID Result;
@@ -73,11 +74,28 @@ class Tracker : public testing::Test, private ITrackerListener {
   void HearMinor(TTicks AMilliseconds, int AMinor, int ARssi = -59, int APower = -59) {
     Hear(AMilliseconds, iBeaconPayload(TestGUID, 0, AMinor, APower), ARssi);
   }
+  /// Advertisements separated by ",": "500 1 -69" is minor 1 with -69 dBm at 500 ms; a time alone
+  /// passes.
+  void Play(const std::string& AScript) {
+    std::istringstream Steps(AScript);
+    for (std::string Step; std::getline(Steps, Step, ',');) {
+      std::istringstream Words(Step);
+      int Time = 0, Minor = 0, Rssi = 0;
+      Words >> Time;
+      if (!(Words >> Minor))
+        PassUntil(Time);
+      else
+        HearMinor(Time, Minor, Words >> Rssi ? Rssi : -59);
+    }
+  }
   std::string Take() { return std::exchange(FLog, {}); }
+  /// Expects the lists of all reports to hold what they held then.
+  void TearDown() override {
+    for (const auto& [List, Names] : FLists) EXPECT_EQ(NamesOf(List), Names);
+  }
 
   TBeaconTracker FTracker{*this};
-  TRef<IBeacon> FLast;              // named by the last report
-  std::vector<TBeaconList> FLists;  // of all enters and exits
+  TRef<IBeacon> FLast;  // named by the last report
   std::function<void(int, int, double&)> FOnCalcDistance;
 
  private:
@@ -86,11 +104,14 @@ class Tracker : public testing::Test, private ITrackerListener {
         fmt::format("{}: {} {} {}; ", FNow / TicksPerMillisecond, AWhat, NameOf(*ABeacon), AMore);
     FLast = ABeacon;
   }
+  static std::string NamesOf(const TBeaconList& AList) {
+    std::string Result;
+    for (const TRef<IBeacon>& Beacon : AList) Result += " " + NameOf(*Beacon);
+    return Result;
+  }
   void LogList(const std::string& AWhat, const TRef<IBeacon>& ABeacon, const TBeaconList& AList) {
-    FLists.push_back(AList);
-    std::string Names = ProximityNames[static_cast<int>(ABeacon->GetProximity())];
-    for (const TRef<IBeacon>& Beacon : AList) Names += " " + NameOf(*Beacon);
-    Log(AWhat, ABeacon, Names);
+    FLists.emplace_back(AList, NamesOf(AList));
+    Log(AWhat, ABeacon, ProximityNames[static_cast<int>(ABeacon->GetProximity())] + NamesOf(AList));
   }
   void BeaconEntered(const TRef<IBeacon>& ABeacon, const TBeaconList& AList) override {
     LogList("enter", ABeacon, AList);
@@ -102,6 +123,7 @@ class Tracker : public testing::Test, private ITrackerListener {
   }
   void ProximityChanged(const TRef<IBeacon>& ABeacon, TBeaconProximity AProximity) override {
     EXPECT_EQ(ABeacon->GetProximity(), AProximity);
+    EXPECT_EQ(ABeacon->GetDistance() == -1.0, AProximity == TBeaconProximity::Away);
     Log("proximity", ABeacon, ProximityNames[static_cast<int>(AProximity)]);
   }
   void EddystoneURLSeen(const TRef<IBeacon>& ABeacon, const TEddystoneURL& AURL) override {
@@ -119,63 +141,45 @@ class Tracker : public testing::Test, private ITrackerListener {
 
   TTicks FNow = 0;
   std::string FLog;
+  std::vector<std::pair<TBeaconList, std::string>> FLists;  // of all enters and exits, as they were
 };
 
 // ---------------------------------------------------------------- presence
 
-TEST_F(Tracker, ABeaconEntersGoesStaleAndIsLostAtExactTimes) {
-  HearMinor(500, 1);
-  HearMinor(1'000, 1, -69);
-  HearMinor(1'100, 1, -70);
-  HearMinor(1'500, 1, -68);
-  EXPECT_TRUE(FLast->IsAlive());
-  PassUntil(6'499);
-  EXPECT_EQ(Take(), "500: enter 1 Near 1; 1000: proximity 1 Far; 1500: proximity 1 Near; ");
-  EXPECT_NEAR(FLast->GetDistance(), 2.818, 0.001);
-  PassUntil(6'500);
-  EXPECT_EQ(FLast->GetDistance(), -1.0);
-  PassUntil(21'499);
-  EXPECT_EQ(Take(), "6500: proximity 1 Away; ");
-  PassUntil(21'500);
-  EXPECT_EQ(Take(), "21500: exit 1 Away; ");
-}
-
-TEST_F(Tracker, AStaleBeaconThatIsHeardAgainIsFreshAgain) {
-  HearMinor(0, 1);
-  HearMinor(5'000, 2);
-  HearMinor(6'000, 1);
-  PassUntil(25'999);
-  EXPECT_EQ(Take(),
-            "0: enter 1 Near 1; 5000: proximity 1 Away; 5000: enter 2 Near 1 2; "
-            "6000: proximity 1 Near; 10000: proximity 2 Away; 11000: proximity 1 Away; "
-            "25000: exit 2 Away 1; ");
+TEST_F(Tracker, BeaconsEnterChangeGoStaleAndAreLostAtExactTimes) {
+  struct TCase {
+    const char *Script, *Reports;
+  };
+  for (const TCase& C :
+       {TCase{"500 1, 1000 1 -69, 1100 1 -70, 1500 1 -68, 60000",
+              "500: enter 1 Near 1; 1000: proximity 1 Far; 1500: proximity 1 Near; "
+              "6500: proximity 1 Away; 21500: exit 1 Away; "},
+        TCase{"0 1, 5000 2, 6000 1, 25999",
+              "0: enter 1 Near 1; 5000: proximity 1 Away; 5000: enter 2 Near 1 2; "
+              "6000: proximity 1 Near; 10000: proximity 2 Away; 11000: proximity 1 Away; "
+              "25000: exit 2 Away 1; "},
+        TCase{"0 3, 1000 1, 2000 2, 3000 3, 22000",
+              "0: enter 3 Near 3; 1000: enter 1 Near 3 1; 2000: enter 2 Near 3 1 2; "
+              "6000: proximity 1 Away; 7000: proximity 2 Away; 8000: proximity 3 Away; "
+              "21000: exit 1 Away 3 2; 22000: exit 2 Away 3; "}}) {
+    PassUntil(0);
+    Play(C.Script);
+    EXPECT_EQ(Take(), C.Reports);
+    FTracker.Clear();
+  }
 }
 
 TEST_F(Tracker, ABeaconThatIsHeardWhenItsTimeIsUpIsLostFirst) {
-  HearMinor(0, 1);
+  Play("0 1");
   const TRef<IBeacon> First = FLast;
-  HearMinor(20'000, 1);
+  Play("20000 1");
   EXPECT_EQ(Take(),
             "0: enter 1 Near 1; 5000: proximity 1 Away; 20000: exit 1 Away; "
             "20000: enter 1 Near 1; ");
   EXPECT_FALSE(First->IsAlive());
+  EXPECT_TRUE(FLast->IsAlive());
   EXPECT_FALSE(IsSame(First.Get(), FLast.Get()));
   EXPECT_TRUE(IsSameBeacon(First.Get(), FLast.Get()));
-}
-
-TEST_F(Tracker, ListsAreSnapshotsInTheOrderOfFirstSighting) {
-  HearMinor(0, 3);
-  HearMinor(1'000, 1);
-  HearMinor(2'000, 2);
-  HearMinor(3'000, 3);
-  Take();
-  PassUntil(22'000);
-  EXPECT_EQ(Take(),
-            "6000: proximity 1 Away; 7000: proximity 2 Away; 8000: proximity 3 Away; "
-            "21000: exit 1 Away 3 2; 22000: exit 2 Away 3; ");
-  ASSERT_EQ(FLists.size(), 5U);
-  EXPECT_EQ(FLists[2].GetLength(), 3U);
-  EXPECT_EQ(NameOf(*FLists[2][1]), "1");
 }
 
 TEST_F(Tracker, IdentitiesOfDifferentKindsAreDifferentBeacons) {
@@ -187,21 +191,19 @@ TEST_F(Tracker, IdentitiesOfDifferentKindsAreDifferentBeacons) {
 }
 
 TEST_F(Tracker, ClearForgetsAllBeaconsWithoutAReport) {
-  HearMinor(0, 1);
+  Play("0 1");
   Take();
   FTracker.Clear();
   EXPECT_FALSE(FLast->IsAlive());
   EXPECT_EQ(FTracker.GetNextDeadline(), NoDeadline);
-  HearMinor(1'000, 1);
+  Play("1000 1");
   EXPECT_EQ(Take(), "1000: enter 1 Near 1; ");
 }
 
 TEST_F(Tracker, ABeaconWhoseRegionIsGoneIsNotHeardAnyMore) {
-  HearMinor(0, 1);
+  Play("0 1");
   Listen({});
-  HearMinor(1'000, 1, -80);
-  HearMinor(1'000, 2);
-  PassUntil(5'000);
+  Play("1000 1 -80, 1000 2, 5000");
   EXPECT_EQ(Take(), "0: enter 1 Near 1; 5000: proximity 1 Away; ");
   Listen({RegionOf(TKindofBeacon::iBeacon)});
   HearMinor(6'000, 1);
@@ -274,7 +276,7 @@ TEST_F(Tracker, DistanceComesFromPowerAndStrength) {
     Configure(C.Mode, C.SPC);
     for (const auto& [Time, Rssi] : C.Heard) HearMinor(Time, 1, Rssi, C.Power);
     EXPECT_NEAR(FLast->GetDistance(), C.Distance, 1e-6 * std::abs(C.Distance));
-    EXPECT_EQ(ProximityNames[static_cast<int>(FLast->GetProximity())], std::string(C.Proximity));
+    EXPECT_EQ(ProximityNames[static_cast<int>(FLast->GetProximity())], C.Proximity);
     EXPECT_EQ(FLast->GetRssi(), C.Heard.back().second);
     EXPECT_EQ(FLast->GetTxPower(), C.Power);
     PassUntil(10'000);
@@ -284,22 +286,16 @@ TEST_F(Tracker, DistanceComesFromPowerAndStrength) {
 }
 
 TEST_F(Tracker, ACallbackMayReplaceTheDistance) {
-  struct TCase {
-    double Given, Distance;
-  };
   std::string Asked;
-  for (const TCase& C : {TCase{7.5, 7.5},
-                         TCase{0.0, 0.0},
-                         TCase{-5.0, -1.0},
-                         TCase{std::nan(""), -1.0},
-                         TCase{HUGE_VAL, -1.0}}) {
+  for (const auto& [Given, Distance] :
+       {std::pair(7.5, 7.5), {0.0, 0.0}, {-5.0, -1.0}, {NAN, -1.0}, {HUGE_VAL, -1.0}}) {
     FTracker.Clear();
-    FOnCalcDistance = [&](int APower, int ARssi, double& ADistance) {
+    FOnCalcDistance = [&, Answer = Given](int APower, int ARssi, double& ADistance) {
       Asked += fmt::format("{} {} {:.3f}; ", APower, ARssi, ADistance);
-      ADistance = C.Given;
+      ADistance = Answer;
     };
     Hear(0, EddystoneUIDPayload(UIDOf(1), -18), -69);
-    EXPECT_EQ(FLast->GetDistance(), C.Distance);
+    EXPECT_EQ(FLast->GetDistance(), Distance);
   }
   EXPECT_EQ(Asked.substr(0, 15), "-59 -69 3.162; ");
 

@@ -1,5 +1,6 @@
 // What the source does when adapter, daemon or bus are missing, refuse, or go away.
 #include "platform/beacons/bluez/bluez_fixture.h"
+#include "support/raised.h"
 
 namespace System::Beacon {
 namespace {
@@ -9,12 +10,7 @@ const std::string Uid = "00EE0102030405060708090AAABBCCDDEEFF0000";
 class TBluezHealing : public TBluezTest {
  protected:
   std::string OpeningError(const std::string& AAdapter = {}) {
-    try {
-      MakeSource(AAdapter)->Open();
-    } catch (const EBeaconSourceError& Error) {
-      return Error.what();
-    }
-    return "none";
+    return Raised<EBeaconSourceError>([&] { MakeSource(AAdapter)->Open(); });
   }
 
   /// Expects a beacon to be heard, and nothing to be known of it from before.
@@ -64,52 +60,39 @@ TEST_F(TBluezHealing, SaysThatThereIsNoDaemonOrNoBus) {
 TEST_F(TBluezHealing, CannotBeAskedForAdvertisementsWhileClosed) {
   TAdvertisement Heard;
   EXPECT_THROW(MakeSource()->Next(Heard, NoDeadline), EBeaconSourceError);
-  EXPECT_NE(OpeningError(), "none");
+  EXPECT_NE(OpeningError(), "nothing was raised");
 }
 
-TEST_F(TBluezHealing, ScansWithoutAMonitorAndSaysSo) {
-  StartDaemon({.HasMonitors = false});
-  OpenSource();
-  ExpectTold("offers no advertisement monitor");
-  ExpectScanning();
-}
-
-TEST_F(TBluezHealing, ScansWhenTheMonitorIsRefusedAndSaysSo) {
-  StartDaemon({.Refused = {{"RegisterMonitor", "org.bluez.Error.NotPermitted"}}});
-  OpenSource();
-  ExpectTold("refused the advertisement monitor (org.bluez.Error.NotPermitted: because)");
-  ExpectScanning();
+TEST_F(TBluezHealing, ScansAllTheSameWhenSomethingIsRefused) {
+  const TFakeSettings NoMonitor{.Refused = {{"RegisterMonitor", "org.bluez.Error.NotPermitted"}}};
+  const TFakeSettings Busy{.Refused = {{"StartDiscovery", "org.bluez.Error.InProgress"}},
+                           .RefusedTimes = {{"StartDiscovery", 2}}};
+  for (const auto& [Settings, Text] :
+       {std::pair(TFakeSettings{.HasMonitors = false}, "offers no advertisement monitor"),
+        {NoMonitor, "advertisement monitor (org.bluez.Error.NotPermitted: because)"},
+        {Busy, ""}}) {
+    Start(Settings);
+    if (*Text) ExpectTold(Text);
+    ExpectScanning();
+    Source->Close();
+    StopDaemon();
+  }
 }
 
 TEST_F(TBluezHealing, SaysThatTheDaemonGaveUpTheMonitor) {
-  StartDaemon();
-  OpenSource();
+  Start();
   Daemon->ReleaseMonitor();
   ExpectTold("dropped the advertisement monitor");
   ExpectScanning();
 }
 
-TEST_F(TBluezHealing, TriesAgainWhileTheDaemonStartsForAnotherProgram) {
-  StartDaemon({.Refused = {{"StartDiscovery", "org.bluez.Error.InProgress"}},
-               .RefusedTimes = {{"StartDiscovery", 2}}});
-  OpenSource();
-  ExpectScanning();
-}
-
-TEST_F(TBluezHealing, WaitsForAnAdapterThatIsSwitchedOff) {
-  StartDaemon();
-  OpenSource();
+TEST_F(TBluezHealing, WaitsForAnAdapterThatIsSwitchedOffOrUnplugged) {
+  Start();
   ExpectScanning();
   Daemon->SetPowered(false);
   ExpectTold("hci0 is off");
   Daemon->SetPowered(true);
   ExpectTold("Scanning again on Bluetooth adapter hci0");
-  ExpectScanning();
-}
-
-TEST_F(TBluezHealing, WaitsForAnAdapterThatIsUnplugged) {
-  StartDaemon();
-  OpenSource();
   ExpectScanning();
   Daemon->RemoveAdapter();
   ExpectTold("hci0 is gone");
@@ -121,8 +104,7 @@ TEST_F(TBluezHealing, WaitsForAnAdapterThatIsUnplugged) {
 
 TEST_F(TBluezHealing, WaitsForADaemonThatRestarts) {
   for (const bool AnnouncesLate : {true, false}) {
-    StartDaemon();
-    OpenSource();
+    Start();
     ExpectScanning();
     StopDaemon();
     ExpectTold("hci0 is gone");
@@ -136,8 +118,7 @@ TEST_F(TBluezHealing, WaitsForADaemonThatRestarts) {
 }
 
 TEST_F(TBluezHealing, WaitsForABusThatGoesAway) {
-  StartDaemon();
-  OpenSource();
+  Start();
   ExpectScanning();
   Bus.Stop();
   ExpectTold("connection to the system bus is lost");
@@ -149,8 +130,7 @@ TEST_F(TBluezHealing, WaitsForABusThatGoesAway) {
 }
 
 TEST_F(TBluezHealing, IsInterruptedWhileItWaits) {
-  StartDaemon();
-  OpenSource();
+  Start();
   Daemon->RemoveAdapter();
   ExpectTold("hci0 is gone");
   TAdvertisement Heard;

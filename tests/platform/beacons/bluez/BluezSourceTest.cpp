@@ -13,26 +13,40 @@ const std::string Uid = "00EE0102030405060708090AAABBCCDDEEFF0000";
 const std::string Url = "10EE036578616D706C6507";
 const std::string Tlm = "20000BB817000000006400000258";
 
-TEST_F(TBluezTest, RebuildsTheFramesOfEveryKindOfBeacon) {
-  StartDaemon();
-  OpenSource();
+TEST_F(TBluezTest, RebuildsTheFramesOfWhatTheDaemonTells) {
   struct TCase {
-    TFakeAdvertisement Received;
-    std::string Payload;
+    TFakeSettings Settings;
+    std::vector<TFakeAdvertisement> Received;
+    std::vector<std::string> Delivered;
   };
-  for (const TCase& C : {TCase{Manufacturer(-60, 0x004C, IBeacon), "1AFF4C00" + IBeacon},
-                         TCase{Manufacturer(-61, 0x0118, AltBeacon), "1BFF1801" + AltBeacon},
-                         TCase{Eddystone(-62, Uid), "1716AAFE" + Uid},
-                         TCase{Eddystone(-63, Url), "0E16AAFE" + Url},
-                         TCase{Eddystone(-64, Tlm), "1116AAFE" + Tlm}}) {
-    Daemon->Receive(C.Received);
-    EXPECT_EQ(Next(), "C0:00:00:00:00:01 " + std::to_string(*C.Received.Rssi) + ' ' + C.Payload);
+  for (const TCase& C :
+       {TCase{{},
+              {Manufacturer(-61, 0x0118, AltBeacon), Eddystone(-62, Uid), Eddystone(-64, Tlm)},
+              {"-61 1BFF1801" + AltBeacon, "-62 1716AAFE" + Uid, "-64 1116AAFE" + Tlm}},
+        // A strength alone repeats the last frame, a payload alone the last strength.
+        TCase{{.IgnoresDuplicates = true},
+              {Eddystone(-60, Uid), Eddystone(-62, Uid), Eddystone(-64, Tlm), Eddystone(-66, Tlm)},
+              {"-60 1716AAFE" + Uid,
+               "-62 1716AAFE" + Uid,
+               "-64 1116AAFE" + Tlm,
+               "-66 1116AAFE" + Tlm}},
+        TCase{{},
+              {Manufacturer(-60, 0x004C, IBeacon), Eddystone({}, Url)},
+              {"-60 1AFF4C00" + IBeacon, "-60 0E16AAFE" + Url}},
+        // What was known before it opened is not reported.
+        TCase{{.Known = {Manufacturer(-40, 0x004C, IBeacon)}},
+              {RssiAlone(-70)},
+              {"-70 1AFF4C00" + IBeacon}}}) {
+    Start(C.Settings);
+    for (const TFakeAdvertisement& Received : C.Received) Daemon->Receive(Received);
+    for (const std::string& Line : C.Delivered) EXPECT_EQ(Next(), "C0:00:00:00:00:01 " + Line);
+    Source->Close();
+    StopDaemon();
   }
 }
 
 TEST_F(TBluezTest, RegistersAMonitorForBeaconsAndAsksForEveryAdvertisement) {
-  StartDaemon();
-  OpenSource();
+  Start();
   const std::vector<TFakePattern> Expected{
       {0, 0xFF, Bytes("4C000215")}, {2, 0xFF, Bytes("BEAC")}, {0, 0x16, Bytes("AAFE")}};
   EXPECT_EQ(Daemon->GetPatterns(), Expected);
@@ -43,60 +57,12 @@ TEST_F(TBluezTest, RegistersAMonitorForBeaconsAndAsksForEveryAdvertisement) {
   EXPECT_EQ(Daemon->CountSessions(), 0);
 }
 
-TEST_F(TBluezTest, RepeatsTheLastFrameForAStrengthAlone) {
-  StartDaemon({.IgnoresDuplicates = true});
-  OpenSource();
-  Daemon->Receive(Eddystone(-60, Uid));
-  Daemon->Receive(Eddystone(-62, Uid));
-  Daemon->Receive(Eddystone(-64, Tlm));
-  Daemon->Receive(Eddystone(-66, Tlm));
-  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -60 1716AAFE" + Uid);
-  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -62 1716AAFE" + Uid);
-  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -64 1116AAFE" + Tlm);
-  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -66 1116AAFE" + Tlm);
-}
-
-TEST_F(TBluezTest, KeepsTheLastStrengthForAPayloadAlone) {
-  StartDaemon();
-  OpenSource();
-  Daemon->Receive(Manufacturer(-60, 0x004C, IBeacon));
-  Daemon->Receive(Eddystone({}, Url));
-  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -60 1AFF4C00" + IBeacon);
-  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -60 0E16AAFE" + Url);
-}
-
-TEST_F(TBluezTest, DoesNotReportWhatWasKnownBeforeItOpened) {
-  StartDaemon({.Known = {Manufacturer(-40, 0x004C, IBeacon)}});
-  OpenSource();
-  Daemon->Receive(RssiAlone(-70));
-  EXPECT_EQ(Next(), "C0:00:00:00:00:01 -70 1AFF4C00" + IBeacon);
-}
-
 TEST_F(TBluezTest, ForgetsADeviceWhoseStrengthIsWithdrawn) {
-  StartDaemon({.IgnoresDuplicates = true});
-  OpenSource();
+  Start({.IgnoresDuplicates = true});
   const std::string Path = FakeDevicePath("C0:00:00:00:00:01");
-  const auto Withdraw = [&](sd_bus*) {
-    Daemon->Emit(Path,
-                 TFakeDaemon::Properties,
-                 "PropertiesChanged",
-                 "sa{sv}as",
-                 "org.bluez.Device1",
-                 0,
-                 1,
-                 "RSSI");
-  };
-  const auto Remove = [&](sd_bus*) {
-    Daemon->Emit("/",
-                 TFakeDaemon::Objects,
-                 "InterfacesRemoved",
-                 "oas",
-                 Path.c_str(),
-                 1,
-                 "org.bluez.Device1");
-  };
-  for (const std::function<void(sd_bus*)>& Loss :
-       {std::function(Withdraw), std::function(Remove)}) {
+  const auto Withdraw = [&] { Daemon->EmitChanged(Path, TFakeDaemon::Device, 0, 1, "RSSI"); };
+  const auto Remove = [&] { Daemon->EmitRemoved(Path, 1, TFakeDaemon::Device); };
+  for (const std::function<void()>& Loss : {std::function(Withdraw), std::function(Remove)}) {
     Daemon->Receive(Eddystone(-60, Uid));
     Daemon->Do(Loss);
     Daemon->Receive(RssiAlone(-61));  // of a device without a payload: nothing
@@ -107,37 +73,22 @@ TEST_F(TBluezTest, ForgetsADeviceWhoseStrengthIsWithdrawn) {
 }
 
 TEST_F(TBluezTest, PassesOverWhatHasTheWrongTypeOrSize) {
-  StartDaemon();
-  OpenSource();
+  Start();
   const std::string Path = FakeDevicePath("C0:00:00:00:00:01");
   const auto Change = [&](const char* ATypes, auto... AValues) {
-    Daemon->Do([&](sd_bus*) {
+    Daemon->Do([&] {
       Daemon->Emit(Path, TFakeDaemon::Properties, "PropertiesChanged", ATypes, AValues...);
     });
   };
   Change("");
   Change("u", 7);
-  Change("sa{sv}", "org.bluez.Device1", 1, "RSSI", "s", "loud");
-  Change(
-      "sa{sv}as", "org.bluez.Device1", 2, "RSSI", "n", -50, "ManufacturerData", "ay", 2, 1, 2, 0);
-  Change("sa{sv}as",
-         "org.bluez.Device1",
-         2,
-         "ManufacturerData",
-         "a{qv}",
-         1,
-         0x4C,
-         "s",
-         "text",
-         "ServiceData",
-         "a{sv}",
-         1,
-         "0000feaa-0000-1000-8000-00805f9b34fb",
-         "a{sv}",
-         0,
-         0);
-  Change("sas", "org.bluez.Device1", 1, "RSSI");
-  Change("sa{sv}as", "org.bluez.Adapter1", 1, "Powered", "s", "no", 0);
+  const char *All = "sa{sv}as", *Device = TFakeDaemon::Device, *Data = "ManufacturerData";
+  const char *Service = "ServiceData", *UUID = "0000feaa-0000-1000-8000-00805f9b34fb";
+  Change("sa{sv}", Device, 1, "RSSI", "s", "loud");
+  Change(All, Device, 2, "RSSI", "n", -50, Data, "ay", 2, 1, 2, 0);
+  Change(All, Device, 2, Data, "a{qv}", 1, 76, "s", "?", Service, "a{sv}", 1, UUID, "a{sv}", 0, 0);
+  Change("sas", Device, 1, "RSSI");
+  Change(All, "org.bluez.Adapter1", 1, "Powered", "s", "no", 0);
   Daemon->Receive(Manufacturer(-60, 0x004C, std::string(506, '0')));  // too long a structure
   TFakeAdvertisement Foreign = Manufacturer(-61, 0x004C, IBeacon);
   Foreign.Service = {{"f000aa00-0451-4000-b000-000000000000", Bytes("00")},
@@ -145,21 +96,7 @@ TEST_F(TBluezTest, PassesOverWhatHasTheWrongTypeOrSize) {
                      {"", Bytes("00")}};
   Daemon->Receive(Foreign);
   EXPECT_EQ(Next(), "C0:00:00:00:00:01 -61 1AFF4C00" + IBeacon);
-  Change("sa{sv}as",
-         "org.bluez.Device1",
-         1,
-         "ManufacturerData",
-         "a{qv}",
-         2,
-         1,
-         "ay",
-         1,
-         7,
-         1,
-         "ay",
-         1,
-         7,
-         0);
+  Change(All, Device, 1, Data, "a{qv}", 2, 1, "ay", 1, 7, 1, "ay", 1, 7, 0);
   Daemon->Receive(RssiAlone(-62));
   EXPECT_EQ(Next(), "C0:00:00:00:00:01 -61 04FF010007");
   EXPECT_EQ(Next(), "C0:00:00:00:00:01 -62 04FF010007") << "the same frame was told twice";
@@ -167,8 +104,7 @@ TEST_F(TBluezTest, PassesOverWhatHasTheWrongTypeOrSize) {
 }
 
 TEST_F(TBluezTest, ReportsAnUnbelievableStrengthAsUnknown) {
-  StartDaemon();
-  OpenSource();
+  Start();
   for (const int Rssi : {-128, 21, 32767}) {
     Daemon->Receive(Manufacturer(Rssi, 0x004C, IBeacon));
     EXPECT_EQ(Next(), "C0:00:00:00:00:01 127 1AFF4C00" + IBeacon) << Rssi;
@@ -176,8 +112,7 @@ TEST_F(TBluezTest, ReportsAnUnbelievableStrengthAsUnknown) {
 }
 
 TEST_F(TBluezTest, LeavesTheSessionsOfOtherClientsAlone) {
-  StartDaemon();
-  OpenSource();
+  Start();
   const auto Other = MakeSource("hci0");
   Other->Open();
   Daemon->Receive(Eddystone(-60, Uid));
@@ -194,29 +129,15 @@ TEST_F(TBluezTest, TakesOnlyTheDevicesOfItsAdapter) {
   Source->Open();
   for (const int Number : {0, 10, 1}) {
     const std::string Path = "/org/bluez/hci" + std::to_string(Number) + "/dev_C0_00_00_00_00_02";
-    Daemon->Do([&](sd_bus*) {
-      Daemon->Emit(Path,
-                   TFakeDaemon::Properties,
-                   "PropertiesChanged",
-                   "sa{sv}as",
-                   "org.bluez.Device1",
-                   1,
-                   "ManufacturerData",
-                   "a{qv}",
-                   1,
-                   1,
-                   "ay",
-                   1,
-                   Number,
-                   0);
-    });
+    const char *Device = TFakeDaemon::Device, *Data = "ManufacturerData";
+    Daemon->Do(
+        [&] { Daemon->EmitChanged(Path, Device, 1, Data, "a{qv}", 1, 1, "ay", 1, Number, 0); });
   }
   EXPECT_EQ(Next(), "C0:00:00:00:00:02 127 04FF010001");
 }
 
 TEST_F(TBluezTest, ComesBackAtOnceWhenAnotherThreadInterruptsIt) {
-  StartDaemon();
-  OpenSource();
+  Start();
   TAdvertisement Heard;
   std::thread Other([&] { Source->Interrupt(); });
   EXPECT_EQ(Source->Next(Heard, NoDeadline), TSourceResult::Interrupted);

@@ -51,6 +51,11 @@ class TBluezTest : public testing::Test {
     Source = MakeSource();
     Source->Open();
   }
+  /// Starts the daemon and opens a source on it.
+  void Start(TFakeSettings ASettings = {}) {
+    StartDaemon(std::move(ASettings));
+    OpenSource();
+  }
 
   /// What comes next, as "ADDRESS RSSI PAYLOAD".
   std::string Next(IAdvertisementSource& ASource) {

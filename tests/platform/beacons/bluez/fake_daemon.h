@@ -52,9 +52,9 @@ class TFakeDaemon {
     Ready.get_future().wait();
   }
   ~TFakeDaemon() {
-    Do([this](sd_bus*) {
+    Do([this] {
       EndDiscovery(false);
-      for (const auto& Adapter : std::exchange(FSettings.Adapters, {})) EmitAdapterRemoved(Adapter);
+      for (const auto& Name : std::exchange(FSettings.Adapters, {})) EmitAdapterRemoved(Name);
       FIsStopping = true;
     });
     FThread.join();
@@ -64,8 +64,8 @@ class TFakeDaemon {
   TFakeDaemon& operator=(const TFakeDaemon&) = delete;
 
   /// Runs `AWork` on the daemon's thread and waits for it.
-  void Do(std::function<void(sd_bus*)> AWork) {
-    std::packaged_task<void()> Task([this, Work = std::move(AWork)] { Work(FBus); });
+  void Do(std::function<void()> AWork) {
+    std::packaged_task<void()> Task([this, Work = std::move(AWork)] { Work(); });
     auto Done = Task.get_future();
     {
       const std::lock_guard Guard(FLock);
@@ -77,31 +77,20 @@ class TFakeDaemon {
 
   /// Has the radio receive an advertisement; heard of only while a client discovers.
   void Receive(const TFakeAdvertisement& AAdvertisement) {
-    Do([&](sd_bus*) {
+    Do([&] {
       if (!FSessions.empty()) Report(AAdvertisement);
     });
   }
   void SetPowered(bool AIsPowered) {
-    Do([=, this](sd_bus*) {
+    Do([=, this] {
       if (!AIsPowered) EndDiscovery(false);
       FSettings.IsPowered = AIsPowered;
-      Emit(AdapterPath(),
-           Properties,
-           "PropertiesChanged",
-           "sa{sv}as",
-           "org.bluez.Adapter1",
-           2,
-           "Powered",
-           "b",
-           int{AIsPowered},
-           "Discovering",
-           "b",
-           0,
-           0);
+      const int Is = AIsPowered;
+      EmitChanged(AdapterPath(), Adapter, 2, "Powered", "b", Is, "Discovering", "b", 0, 0);
     });
   }
   void RemoveAdapter() {
-    Do([this](sd_bus*) {
+    Do([this] {
       EndDiscovery(false);
       FPatterns.clear();
       EmitAdapterRemoved(FSettings.Adapters.front());
@@ -109,30 +98,18 @@ class TFakeDaemon {
     });
   }
   void AddAdapter(const std::string& AName) {
-    Do([&](sd_bus*) {
+    Do([&] {
       FSettings.Adapters.push_back(AName);
       EmitAdapterAdded(AName);
     });
   }
   /// Has the daemon give up the monitor that was registered last.
   void ReleaseMonitor() {
-    Do([this](sd_bus*) { CallMonitor("Release"); });
+    Do([this] { CallMonitor("Release"); });
   }
-  std::size_t CountSessions() {
-    std::size_t Count = 0;
-    Do([&](sd_bus*) { Count = FSessions.size(); });
-    return Count;
-  }
-  std::vector<TFakePattern> GetPatterns() {
-    std::vector<TFakePattern> Result;
-    Do([&](sd_bus*) { Result = FPatterns; });
-    return Result;
-  }
-  std::string GetFilter() {
-    std::string Result;
-    Do([&](sd_bus*) { Result = FFilter; });
-    return Result;
-  }
+  std::size_t CountSessions() { return Copy(FSessions).size(); }
+  std::vector<TFakePattern> GetPatterns() { return Copy(FPatterns); }
+  std::string GetFilter() { return Copy(FFilter); }
   /// Sends a signal with arguments of any types; on the daemon's thread.
   template <class... TValues>
   void Emit(const std::string& APath,
@@ -142,10 +119,31 @@ class TFakeDaemon {
             TValues... AValues) {
     sd_bus_emit_signal(FBus, APath.c_str(), AInterface, AMember, ATypes, AValues...);
   }
+  /// Tells of changed properties: interface, count, each name, type and value, then those
+  /// withdrawn.
+  template <class... TValues>
+  void EmitChanged(const std::string& APath, TValues... AValues) {
+    Emit(APath, Properties, "PropertiesChanged", "sa{sv}as", AValues...);
+  }
+  /// Tells that an object has lost interfaces: their count and names.
+  template <class... TValues>
+  void EmitRemoved(const std::string& APath, TValues... AValues) {
+    Emit("/", Objects, "InterfacesRemoved", "oas", APath.c_str(), AValues...);
+  }
   static constexpr char Properties[] = "org.freedesktop.DBus.Properties";
   static constexpr char Objects[] = "org.freedesktop.DBus.ObjectManager";
+  static constexpr char Device[] = "org.bluez.Device1";
 
  private:
+  template <class T>
+  T Copy(const T& AMember) {
+    T Result;
+    Do([&] { Result = AMember; });
+    return Result;
+  }
+
+  static constexpr char Adapter[] = "org.bluez.Adapter1";
+  static constexpr char Monitors[] = "org.bluez.AdvertisementMonitorManager1";
   std::string AdapterPath() const { return "/org/bluez/" + FSettings.Adapters.front(); }
 
   void Run(std::promise<void>& AReady) {
@@ -154,21 +152,16 @@ class TFakeDaemon {
     sd_bus_set_bus_client(FBus, 1);
     sd_bus_start(FBus);
     sd_bus_add_filter(FBus, nullptr, HandleCall, this);
-    sd_bus_match_signal(FBus,
-                        nullptr,
-                        "org.freedesktop.DBus",
-                        nullptr,
-                        "org.freedesktop.DBus",
-                        "NameOwnerChanged",
-                        HandleOwnerChanged,
-                        this);
+    const char* const Bus = "org.freedesktop.DBus";
+    sd_bus_match_signal(
+        FBus, nullptr, Bus, nullptr, Bus, "NameOwnerChanged", HandleOwnerChanged, this);
     for (const auto& Known : FSettings.Known) FDevices[Known.Address] = Known;
     auto Late = FSettings.AnnouncesLate ? std::exchange(FSettings.Adapters, {})
                                         : std::vector<std::string>{};
     sd_bus_request_name(FBus, "org.bluez", 0);
-    for (const auto& Adapter : Late) {
-      FSettings.Adapters.push_back(Adapter);
-      EmitAdapterAdded(Adapter);
+    for (const auto& Name : Late) {
+      FSettings.Adapters.push_back(Name);
+      EmitAdapterAdded(Name);
     }
     AReady.set_value();
     while (!FIsStopping) Turn();
@@ -240,14 +233,14 @@ class TFakeDaemon {
     sd_bus_message* Reply = nullptr;
     sd_bus_message_new_method_return(ACall, &Reply);
     sd_bus_message_open_container(Reply, 'a', "{oa{sa{sv}}}");
-    for (const auto& Adapter : FSettings.Adapters) {
+    for (const auto& Name : FSettings.Adapters) {
       sd_bus_message_open_container(Reply, 'e', "oa{sa{sv}}");
-      AppendAdapter(Reply, Adapter);
+      AppendAdapter(Reply, Name);
       sd_bus_message_close_container(Reply);
     }
-    for (const auto& [Address, Device] : FDevices) {
+    for (const auto& [Address, Known] : FDevices) {
       sd_bus_message_open_container(Reply, 'e', "oa{sa{sv}}");
-      AppendDevice(Reply, Device);
+      AppendDevice(Reply, Known);
       sd_bus_message_close_container(Reply);
     }
     sd_bus_message_close_container(Reply);
@@ -261,29 +254,19 @@ class TFakeDaemon {
     const char* Path = nullptr;
     sd_bus_message_read(ACall, "o", &Path);
     FRegistration = sd_bus_message_ref(ACall);
-    return sd_bus_call_method_async(FBus,
-                                    nullptr,
-                                    sd_bus_message_get_sender(ACall),
-                                    Path,
-                                    Objects,
-                                    "GetManagedObjects",
-                                    TakeMonitor,
-                                    this,
-                                    "");
+    const char* const Client = sd_bus_message_get_sender(ACall);
+    return sd_bus_call_method_async(
+        FBus, nullptr, Client, Path, Objects, "GetManagedObjects", TakeMonitor, this, "");
   }
 
   static int TakeMonitor(sd_bus_message* AReply, void* ASelf, sd_bus_error*) {
     auto& Self = *static_cast<TFakeDaemon*>(ASelf);
     sd_bus_message* Registration = std::exchange(Self.FRegistration, nullptr);
-    sd_bus_message_enter_container(AReply, 'a', "{oa{sa{sv}}}");
-    while (sd_bus_message_enter_container(AReply, 'e', "oa{sa{sv}}") > 0) {
-      const char* Path = nullptr;
-      sd_bus_message_read(AReply, "o", &Path);
-      if (Self.ReadPatterns(AReply)) {
-        Self.FMonitor = {sd_bus_message_get_sender(AReply), Path};
-        Self.CallMonitor("Activate");
-      }
-      sd_bus_message_exit_container(AReply);
+    const char* Path = nullptr;
+    if (FindPatterns(AReply, Path)) {
+      Self.ReadPatterns(AReply);
+      Self.FMonitor = {sd_bus_message_get_sender(AReply), Path};
+      Self.CallMonitor("Activate");
     }
     const int Result = sd_bus_reply_method_return(Registration, nullptr);
     sd_bus_message_unref(Registration);
@@ -291,40 +274,32 @@ class TFakeDaemon {
   }
 
   void CallMonitor(const char* AMethod) {
-    sd_bus_call_method_async(FBus,
-                             nullptr,
-                             FMonitor.first.c_str(),
-                             FMonitor.second.c_str(),
-                             "org.bluez.AdvertisementMonitor1",
-                             AMethod,
-                             nullptr,
-                             nullptr,
-                             "");
+    const auto& [Client, Path] = FMonitor;
+    const char* const Interface = "org.bluez.AdvertisementMonitor1";
+    sd_bus_call_method_async(
+        FBus, nullptr, Client.c_str(), Path.c_str(), Interface, AMethod, nullptr, nullptr, "");
   }
 
-  bool ReadPatterns(sd_bus_message* AObject) {
-    bool HasPatterns = false;
-    const char* Text = nullptr;
-    sd_bus_message_enter_container(AObject, 'a', "{sa{sv}}");
-    while (sd_bus_message_enter_container(AObject, 'e', "sa{sv}") > 0) {
-      sd_bus_message_read(AObject, "s", &Text);
-      sd_bus_message_enter_container(AObject, 'a', "{sv}");
-      while (sd_bus_message_enter_container(AObject, 'e', "sv") > 0) {
-        sd_bus_message_read(AObject, "s", &Text);
-        const bool IsPatterns = Text == std::string("Patterns");
-        HasPatterns |= IsPatterns;
-        IsPatterns ? ReadPatternList(AObject)
-                   : static_cast<void>(sd_bus_message_skip(AObject, "v"));
-        sd_bus_message_exit_container(AObject);
+  /// Walks into a list of objects up to the first patterns; `APath` is that of their object.
+  static bool FindPatterns(sd_bus_message* AMessage, const char*& APath) {
+    char Type = 0;
+    const char* Contents = nullptr;
+    while (sd_bus_message_peek_type(AMessage, &Type, &Contents) > 0) {
+      if (Contents == std::string_view("a(yyay)")) return true;
+      if (Type == 'o') {
+        sd_bus_message_read(AMessage, "o", &APath);
+      } else if (Type != 'a' && Type != 'e') {
+        sd_bus_message_skip(AMessage, std::string(1, Type).c_str());
+      } else {
+        sd_bus_message_enter_container(AMessage, Type, Contents);
+        if (FindPatterns(AMessage, APath)) return true;
+        sd_bus_message_exit_container(AMessage);
       }
-      sd_bus_message_exit_container(AObject);
-      sd_bus_message_exit_container(AObject);
     }
-    sd_bus_message_exit_container(AObject);
-    return HasPatterns;
+    return false;
   }
 
-  void ReadPatternList(sd_bus_message* AProperty) {
+  void ReadPatterns(sd_bus_message* AProperty) {
     FPatterns.clear();
     sd_bus_message_enter_container(AProperty, 'v', "a(yyay)");
     sd_bus_message_enter_container(AProperty, 'a', "(yyay)");
@@ -338,8 +313,6 @@ class TFakeDaemon {
       FPatterns.push_back({Offset, Type, TFakeBytes(Bytes, Bytes + Size)});
       sd_bus_message_exit_container(AProperty);
     }
-    sd_bus_message_exit_container(AProperty);
-    sd_bus_message_exit_container(AProperty);
   }
 
   static int HandleOwnerChanged(sd_bus_message* ASignal, void* ASelf, sd_bus_error*) {
@@ -361,34 +334,11 @@ class TFakeDaemon {
   // Strengths are withdrawn and devices removed before discovery is said to end.
   void EndDiscovery(bool AIsToldOfAdapter) {
     FSessions.clear();
-    for (const auto& [Address, Device] : std::exchange(FDevices, {})) {
-      Emit(FakeDevicePath(Address),
-           Properties,
-           "PropertiesChanged",
-           "sa{sv}as",
-           "org.bluez.Device1",
-           0,
-           1,
-           "RSSI");
-      Emit("/",
-           Objects,
-           "InterfacesRemoved",
-           "oas",
-           FakeDevicePath(Address).c_str(),
-           1,
-           "org.bluez.Device1");
+    for (const auto& [Address, Known] : std::exchange(FDevices, {})) {
+      EmitChanged(FakeDevicePath(Address), Device, 0, 1, "RSSI");
+      EmitRemoved(FakeDevicePath(Address), 1, Device);
     }
-    if (AIsToldOfAdapter)
-      Emit(AdapterPath(),
-           Properties,
-           "PropertiesChanged",
-           "sa{sv}as",
-           "org.bluez.Adapter1",
-           1,
-           "Discovering",
-           "b",
-           0,
-           0);
+    if (AIsToldOfAdapter) EmitChanged(AdapterPath(), Adapter, 1, "Discovering", "b", 0, 0);
   }
 
   // The first sight of a device is an added object with all that is known; after that, strength
@@ -404,15 +354,12 @@ class TFakeDaemon {
     FDevices[AHeard.Address] = AHeard;
     sd_bus_message* Signal = nullptr;
     const std::string Path = IsNew ? "/" : FakeDevicePath(AHeard.Address);
-    sd_bus_message_new_signal(FBus,
-                              &Signal,
-                              Path.c_str(),
-                              IsNew ? Objects : Properties,
-                              IsNew ? "InterfacesAdded" : "PropertiesChanged");
+    const char* const Member = IsNew ? "InterfacesAdded" : "PropertiesChanged";
+    sd_bus_message_new_signal(FBus, &Signal, Path.c_str(), IsNew ? Objects : Properties, Member);
     if (IsNew) {
       AppendDevice(Signal, AHeard);
     } else {
-      sd_bus_message_append(Signal, "s", "org.bluez.Device1");
+      sd_bus_message_append(Signal, "s", Device);
       AppendProperties(Signal, Told, false);
       sd_bus_message_append(Signal, "as", 0);
     }
@@ -424,31 +371,13 @@ class TFakeDaemon {
 
   void AppendAdapter(sd_bus_message* AMessage, const std::string& AName) {
     sd_bus_message_append(AMessage, "o", ("/org/bluez/" + AName).c_str());
-    if (FSettings.HasMonitors) {
-      sd_bus_message_append(AMessage,
-                            "a{sa{sv}}",
-                            2,
-                            "org.bluez.Adapter1",
-                            1,
-                            "Powered",
-                            "b",
-                            int{FSettings.IsPowered},
-                            "org.bluez.AdvertisementMonitorManager1",
-                            1,
-                            "SupportedMonitorTypes",
-                            "as",
-                            1,
-                            "or_patterns");
-    } else {
-      sd_bus_message_append(AMessage,
-                            "a{sa{sv}}",
-                            1,
-                            "org.bluez.Adapter1",
-                            1,
-                            "Powered",
-                            "b",
-                            int{FSettings.IsPowered});
-    }
+    const int Is = FSettings.IsPowered;
+    sd_bus_message_open_container(AMessage, 'a', "{sa{sv}}");
+    sd_bus_message_append(AMessage, "{sa{sv}}", Adapter, 1, "Powered", "b", Is);
+    const char *Name = "SupportedMonitorTypes", *Value = "or_patterns";
+    if (FSettings.HasMonitors)
+      sd_bus_message_append(AMessage, "{sa{sv}}", Monitors, 1, Name, "as", 1, Value);
+    sd_bus_message_close_container(AMessage);
   }
 
   void EmitAdapterAdded(const std::string& AName) {
@@ -460,14 +389,7 @@ class TFakeDaemon {
   }
 
   void EmitAdapterRemoved(const std::string& AName) {
-    Emit("/",
-         Objects,
-         "InterfacesRemoved",
-         "oas",
-         ("/org/bluez/" + AName).c_str(),
-         2,
-         "org.bluez.Adapter1",
-         "org.bluez.AdvertisementMonitorManager1");
+    EmitRemoved("/org/bluez/" + AName, 2, Adapter, Monitors);
   }
 
   const std::string FAddress;

@@ -22,32 +22,24 @@ TEST(AdvertisementLog, ReadsGoodLines) {
     std::string Line;
     THeard Heard;
   };
-  const auto WithRssi = [](int ARssi) {
-    THeard Heard = GoodHeard;
-    Heard.Rssi = ARssi;
-    return Heard;
-  };
-  const auto WithTime = [](TTicks ATime) {
-    THeard Heard = GoodHeard;
-    Heard.Time = ATime;
-    return Heard;
+  const auto With = [](int ARssi, TTicks ATime = GoodHeard.Time) {
+    return THeard{ATime, GoodHeard.Address, ARssi, GoodHeard.Payload};
   };
   const TCase Cases[] = {
       {Good, GoodHeard},
       {"  " + Good + " \t\r", GoodHeard},
-      {LineWith(R"("rssi": null)"), WithRssi(UnknownRssi)},
-      {LineWith(R"("rssi": 127)"), WithRssi(UnknownRssi)},
-      {LineWith(R"("rssi": -127)"), WithRssi(-127)},
-      {LineWith(R"("rssi": 20.0)"), WithRssi(20)},
+      {LineWith(R"("rssi": null)"), With(UnknownRssi)},
+      {LineWith(R"("rssi": 127)"), With(UnknownRssi)},
+      {LineWith(R"("rssi": -127)"), With(-127)},
+      {LineWith(R"("rssi": 20.0)"), With(20)},
       {LineWith(R"("more": {"t": [1, {"adv": "zz"}]}, "rssi": -67)"), GoodHeard},
-      {LineWith(R"("t": -1)"), WithTime(-1'000'000)},
-      {LineWith(R"("t": 1e10)"), WithTime(10'000'000'000'000'000)},
-      {LineWith(R"("t": 1795384174.123457)"), WithTime(1'795'384'174'123'457)},
+      {LineWith(R"("t": -1)"), With(UnknownRssi, -1'000'000)},
+      {LineWith(R"("t": 1e10)"), With(UnknownRssi, 10'000'000'000'000'000)},
+      {LineWith(R"("t": 1795384174.123457)"), With(UnknownRssi, 1'795'384'174'123'457)},
       {R"({"t":0,"address":"c4:be:84:01:02:03","adv":""})",
        {0, "C4:BE:84:01:02:03", UnknownRssi, ""}},
   };
-  for (TCase Case : Cases) {
-    if (Case.Heard.Time != GoodHeard.Time) Case.Heard.Rssi = UnknownRssi;
+  for (const TCase& Case : Cases) {
     EXPECT_EQ(ReadAllWell(OpenAdvertisementLog(TextBytes(Case.Line))),
               std::vector<THeard>{Case.Heard})
         << Case.Line;

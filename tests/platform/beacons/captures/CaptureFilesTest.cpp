@@ -5,6 +5,10 @@
 #include "platform/beacons/captures/btsnoop_reader.h"
 #include "platform/beacons/captures/capture_builders.h"
 #include "platform/beacons/captures/log_reader.h"
+#ifdef WAYFENCE_HAS_PCAP
+#include "platform/beacons/pcap/pcap_reader.h"
+#endif
+#include "support/raised.h"
 
 namespace System::Beacon::CaptureTests {
 
@@ -13,12 +17,7 @@ namespace {
 constexpr TTicks Start = 1'795'384'174;  // seconds since 1970
 
 std::string OpenError(const std::string& APath) {
-  try {
-    OpenCapture(APath);
-  } catch (const EBeaconSourceError& Error) {
-    return Error.what();
-  }
-  return "no error";
+  return Raised<EBeaconSourceError>([&] { OpenCapture(APath); });
 }
 
 /// The advertisements that a damaged capture still yields; none when it is refused.
@@ -33,24 +32,16 @@ std::optional<std::vector<THeard>> ReadDamaged(const TBytes& AFile) {
 }  // namespace
 
 TEST(CaptureFiles, AreReadBackAsTheyWereWritten) {
-  const auto Sample = SampleAdvertisements(Start);
-  for (const TCaptureFormat& Format : CaptureFormats()) {
-    const TTemporaryFile File(Written(Format, Sample));
-    const auto Reader = OpenCapture(File.GetPath());
-    EXPECT_TRUE(Reader->HasWallTime()) << Format.Name;
-    EXPECT_EQ(ReadAllWell(Reader), Sample) << Format.Name;
-  }
-}
-
-TEST(CaptureFiles, KeepTimesOfARecordingsOwn) {
-  const auto Sample = SampleAdvertisements(0);
-  for (TCaptureFormat Format : CaptureFormats()) {
-    if (Format.Name == std::string("log")) {
-      Format.Create = [](const std::string& APath) { return CreateAdvertisementLog(APath); };
+  for (const bool HasWallTime : {true, false}) {
+    const auto Sample = SampleAdvertisements(HasWallTime ? Start : 0);
+    for (TCaptureFormat Format : CaptureFormats()) {
+      if (!HasWallTime && Format.Name == std::string("log"))
+        Format.Create = [](const std::string& APath) { return CreateAdvertisementLog(APath); };
+      const TTemporaryFile File(Written(Format, Sample));
+      const auto Reader = OpenCapture(File.GetPath());
+      EXPECT_EQ(Reader->HasWallTime(), HasWallTime) << Format.Name;
+      EXPECT_EQ(ReadAllWell(Reader), Sample) << Format.Name;
     }
-    const auto Reader = OpenCapture(Written(Format, Sample));
-    EXPECT_FALSE(Reader->HasWallTime()) << Format.Name;
-    EXPECT_EQ(ReadAllWell(Reader), Sample) << Format.Name;
   }
 }
 
@@ -90,9 +81,8 @@ TEST(CaptureFiles, SurviveDamageAtEveryByte) {
 
 TEST(CaptureFiles, AreStreamedThroughABoundedBuffer) {
   std::vector<THeard> Sample;
-  for (int I = 0; I < 4000; ++I) {
+  for (int I = 0; I < 4000; ++I)
     Sample.push_back({Start * TicksPerSecond + I, "C4:BE:84:01:02:03", -60, std::string(62, 'A')});
-  }
   for (const TCaptureFormat& Format : CaptureFormats()) {
     const TBytes File = Written(Format, Sample);
     ASSERT_GT(File.size(), 2 * TByteStream::Capacity);
@@ -110,6 +100,9 @@ TEST(CaptureFiles, CountAReadErrorAndKeepWhatCameBefore) {
   };
   const auto Formats = CaptureFormats();
   Check(ReadBtsnoop(BrokenStream(Written(Formats.front(), Sample))));
+#ifdef WAYFENCE_HAS_PCAP
+  Check(ReadPcap(BrokenStream(Written(Formats[1], Sample))));
+#endif
   Check(ReadAdvertisementLog(BrokenStream(Written(Formats.back(), Sample))));
 }
 
@@ -137,10 +130,7 @@ TEST(CaptureFiles, AreRefusedWithAdvice) {
       {std::string("PK\x03\x04", 4), "is compressed (zip); unpack it first"},
       {"hello\n", "is no capture; btsnoop, pcap, pcapng and logs"},
       {"{1}", "is no capture"},
-      {std::string("\x7F"
-                   "ELF\0\0\n#",
-                   8),
-       "is no capture"},
+      {std::string("\177ELF\0\0\n#", 8), "is no capture"},
       {std::string("btsnoop\0\0\0\0\1\0\0\0\1", 16), "btsnoop datalink 1"},
   };
   for (const TCase& Case : Cases) {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/beacons/pcap/pcap_builders.h"
-#include "platform/beacons/pcap/pcap_reader.h"
+#include "support/raised.h"
 
 namespace System::Beacon::CaptureTests {
 
@@ -17,8 +17,8 @@ std::vector<TPacket> PacketOf(const TBytes& ABytes) {
   return {{Start, ABytes}};
 }
 
-TBytes IBeaconFor(const TLinkType& ALink) {
-  return ALink.Pack(1, -60, Hex(IBeacon.Payload));
+TBytes IBeaconFor(int ALinkType) {
+  return PackFor(ALinkType, 1, -60, Hex(IBeacon.Payload));
 }
 
 /// What a capture of these link-layer packets holds, each as "address data", with no problems.
@@ -58,32 +58,30 @@ constexpr const char* Second = "0200000000C0";
 }  // namespace
 
 TEST(Pcap, ReadsEveryLinkTypeInEveryFileFormat) {
-  for (const TLinkType& Link : LinkTypes()) {
+  for (const int Link : LinkTypes) {
     const auto Packets = PacketOf(IBeaconFor(Link));
     THeard Expected = IBeacon;
-    if (!Link.HasRssi) Expected.Rssi = UnknownRssi;
-    for (const TBytes& File : {PcapFile(Link.Number, Packets, Little),
-                               PcapFile(Link.Number, Packets, Big),
-                               PcapFile(Link.Number, Packets, Little, true),
-                               PcapFile(Link.Number, Packets, Big, true),
-                               PcapngFile(Link.Number, Packets, Little),
-                               PcapngFile(Link.Number, Packets, Big)}) {
-      const auto Reader = OpenCapture(File);
-      EXPECT_TRUE(Reader->HasWallTime());
-      EXPECT_EQ(ReadAllWell(Reader), std::vector<THeard>{Expected})
-          << Link.Number << " " << BytesToHex(std::span(File).first(4));
-    }
+    if (Link == 251) Expected.Rssi = UnknownRssi;
+    for (const TNumber Order : {Little, Big})
+      for (const TBytes& File : {PcapFile(Link, Packets, Order),
+                                 PcapFile(Link, Packets, Order, true),
+                                 PcapngFile(Link, Packets, Order)}) {
+        const auto Reader = OpenCapture(File);
+        EXPECT_TRUE(Reader->HasWallTime());
+        EXPECT_EQ(ReadAllWell(Reader), std::vector<THeard>{Expected})
+            << Link << " " << BytesToHex(std::span(File).first(4));
+      }
   }
 }
 
 TEST(Pcap, CountsPacketsThatAreCutShort) {
-  for (const TLinkType& Link : LinkTypes()) {
+  for (const int Link : LinkTypes) {
     const TBytes Packet = IBeaconFor(Link);
     for (std::size_t Size = 0; Size < Packet.size(); ++Size) {
       const TBytes Cut(Packet.begin(), Packet.begin() + static_cast<long>(Size));
-      const auto Reader = OpenPcap(PcapFile(Link.Number, {{Start, Cut}, {Start, Packet}}));
-      EXPECT_EQ(ReadAll(*Reader).size(), 1U) << Link.Number << " cut at " << Size;
-      ASSERT_EQ(Reader->GetProblems().Count, 1U) << Link.Number << " cut at " << Size;
+      const auto Reader = OpenPcap(PcapFile(Link, {{Start, Cut}, {Start, Packet}}));
+      EXPECT_EQ(ReadAll(*Reader).size(), 1U) << Link << " cut at " << Size;
+      ASSERT_EQ(Reader->GetProblems().Count, 1U) << Link << " cut at " << Size;
       EXPECT_TRUE(Reader->GetProblems().First[0].starts_with("byte 24: "));
     }
   }
@@ -118,21 +116,17 @@ TEST(Pcap, PassesOverWhatTheRadioReceivedDamaged) {
     TBytes Packet;
     std::size_t Heard;
   };
-  const auto Radio = [](const TBytes& APacket, int AFlags) {
-    return WithRadioHeader(APacket, -60, AFlags);
-  };
-  const auto Nordic = [](const TBytes& APacket, int AFlags) {
-    return WithNordicHeader(APacket, -60, 2, 6, AFlags);
-  };
   const TCase Cases[] = {
       {251, Good, 1},
       {251, Bad, 0},
-      {256, Radio(Good, 0x0001), 1},  // not checked by the sniffer
-      {256, Radio(Bad, 0x0001), 0},
-      {256, Radio(Good, 0x0401), 0},  // checked and wrong
-      {256, Radio(Bad, 0x0C01), 1},   // checked and valid: what a sniffer changed afterwards
-      {272, Nordic(Good, 1), 1},
-      {272, Nordic(Good, 0), 0},
+      {256, WithRadioHeader(Good, -60, 0x0001), 1},  // not checked by the sniffer
+      {256, WithRadioHeader(Bad, -60, 0x0001), 0},
+      {256, WithRadioHeader(Good, -60, 0x0401), 0},  // checked and wrong
+      {256,
+       WithRadioHeader(Bad, -60, 0x0C01),
+       1},  // checked and valid: what a sniffer changed afterwards
+      {272, WithNordicHeader(Good, -60, 2, 6, 1), 1},
+      {272, WithNordicHeader(Good, -60, 2, 6, 0), 0},
   };
   for (const TCase& Case : Cases) {
     const auto File = PcapFile(Case.LinkType, PacketOf(Case.Packet));
@@ -248,14 +242,14 @@ TEST(Pcap, SaysWhatIsWrongWithSnifferHeaders) {
 }
 
 TEST(Pcap, StopsWhereTheFileIsBroken) {
-  const TLinkType Link = LinkTypes()[0];
+  constexpr int Link = 187;
   const TPacket Packet{Start, IBeaconFor(Link)};
-  TBytes HugePacket = PcapFile(Link.Number, {Packet, Packet});
+  TBytes HugePacket = PcapFile(Link, {Packet, Packet});
   const std::size_t SecondRecord = 24 + 16 + Packet.Bytes.size();
   HugePacket[SecondRecord + 11] = 0x7F;
   const TBytes OtherInterface =
-      Join({PcapngFile(Link.Number, {Packet}), PcapngInterface(251), PcapngPacket(Packet)});
-  TBytes HugeBlock = Join({PcapngFile(Link.Number, {Packet}), PcapngPacket(Packet)});
+      Join({PcapngFile(Link, {Packet}), PcapngInterface(251), PcapngPacket(Packet)});
+  TBytes HugeBlock = Join({PcapngFile(Link, {Packet}), PcapngPacket(Packet)});
   HugeBlock[HugeBlock.size() - PcapngPacket(Packet).size() + 7] = 0x7F;
   for (const TBytes& File : {HugePacket, OtherInterface, HugeBlock}) {
     const auto Reader = OpenPcap(File);
@@ -265,21 +259,11 @@ TEST(Pcap, StopsWhereTheFileIsBroken) {
 }
 
 TEST(Pcap, CountsTimesThatCannotBe) {
-  const TLinkType Link = LinkTypes()[0];
+  constexpr int Link = 187;
   const TTicks FarAway = 20'000'000'000 * TicksPerSecond;
-  const auto Reader = OpenPcap(PcapngFile(Link.Number, {{FarAway, IBeaconFor(Link)}}));
+  const auto Reader = OpenPcap(PcapngFile(Link, {{FarAway, IBeaconFor(Link)}}));
   EXPECT_EQ(ReadAll(*Reader), std::vector<THeard>());
   EXPECT_EQ(Reader->GetProblems().First, std::vector<std::string>{"byte 48: time out of range"});
-}
-
-TEST(Pcap, CountsAReadErrorAndKeepsWhatCameBefore) {
-  const TLinkType Link = LinkTypes()[0];
-  const TBytes File = PcapFile(Link.Number, PacketOf(IBeaconFor(Link)));
-  const auto Reader = ReadPcap(BrokenStream(File));
-  EXPECT_EQ(ReadAll(*Reader), std::vector<THeard>{IBeacon});
-  ASSERT_EQ(Reader->GetProblems().Count, 1U);
-  EXPECT_NE(Reader->GetProblems().First[0].find("cannot be read: Input/output error"),
-            std::string::npos);
 }
 
 TEST(Pcap, RefusesWhatItCannotRead) {
@@ -296,12 +280,8 @@ TEST(Pcap, RefusesWhatItCannotRead) {
       {PcapFile(9999, {}), "link type 9999 holds no Bluetooth advertisements"},
   };
   for (const TCase& Case : Cases) {
-    try {
-      OpenPcap(Case.File);
-      ADD_FAILURE() << Case.Message;
-    } catch (const EBeaconSourceError& Error) {
-      EXPECT_NE(std::string(Error.what()).find(Case.Message), std::string::npos) << Error.what();
-    }
+    const std::string Error = Raised<EBeaconSourceError>([&] { OpenPcap(Case.File); });
+    EXPECT_NE(Error.find(Case.Message), std::string::npos) << Error;
   }
 }
 

@@ -1,10 +1,12 @@
 // What the readers deliver against what tshark sees in the same captures.
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
 
+#include "platform/beacons/frame.h"
 #include "platform/beacons/pcap/pcap_builders.h"
 
 namespace System::Beacon::CaptureTests {
@@ -55,17 +57,17 @@ void AppendTo(std::string& AList, const std::string& AValue) {
   AList += (AList.empty() ? "" : ",") + AValue;
 }
 
+std::string LowerCase(std::string AText) {
+  for (char& Char : AText) Char = static_cast<char>(std::tolower(Char));
+  return AText;
+}
 std::string LowerHex(std::span<const std::uint8_t> ABytes) {
-  std::string Text = BytesToHex(ABytes);
-  for (char& Char : Text) Char = static_cast<char>(std::tolower(Char));
-  return Text;
+  return LowerCase(BytesToHex(ABytes));
 }
 
 /// The fields of a payload as tshark prints them: companies, their data, service data.
 std::string PayloadText(const TBytes& APayload) {
-  std::string Companies;
-  std::string Data;
-  std::string ServiceData;
+  std::string Companies, Data, ServiceData;
   for (std::size_t I = 0; I < APayload.size(); I += std::size_t{APayload[I]} + 1) {
     const auto Field = std::span(APayload).subspan(I + 1, APayload[I]);
     if (Field[0] == 0xFF) {
@@ -78,34 +80,21 @@ std::string PayloadText(const TBytes& APayload) {
   return Companies + "\t" + Data + "\t" + ServiceData;
 }
 
-enum class TRssiColumn : std::uint8_t { Hci, Radio, Nordic, None };
+constexpr int HciRssi = 3, RadioRssi = 4, NordicRssi = 5, NoRssi = 6;
 
-/// A line of `TsharkLines` from what a reader delivered.
-std::string LineOf(const THeard& AHeard, TRssiColumn AColumn) {
-  char Time[40];
-  std::snprintf(Time,
-                sizeof Time,
-                "%lld.%06lld000",
-                static_cast<long long>(AHeard.Time / TicksPerSecond),
-                static_cast<long long>(AHeard.Time % TicksPerSecond));
-  std::string Address = AHeard.Address;
-  for (char& Char : Address) Char = static_cast<char>(std::tolower(Char));
-  const std::string Rssi = std::to_string(AHeard.Rssi);
-  const std::string Begin = std::string(Time) + "\t";
-  switch (AColumn) {
-    case TRssiColumn::Hci:
-      return Begin + Address + "\t\t" + Rssi + "\t\t\t";
-    case TRssiColumn::Radio:
-      return Begin + "\t" + Address + "\t\t" + Rssi + "\t\t";
-    case TRssiColumn::Nordic:
-      return Begin + "\t" + Address + "\t\t\t" + Rssi + "\t";
-    case TRssiColumn::None:
-      break;
-  }
-  return Begin + "\t" + Address + "\t\t\t\t";
+/// A line of `TsharkLines` from what a reader delivered; the strength stands in that column.
+std::string LineOf(const THeard& AHeard, int AColumn) {
+  std::array<std::string, 7> Columns;
+  Columns[0] =
+      fmt::format("{}.{:06}000", AHeard.Time / TicksPerSecond, AHeard.Time % TicksPerSecond);
+  Columns[AColumn == HciRssi ? 1 : 2] = LowerCase(AHeard.Address);
+  Columns[AColumn] = std::to_string(AHeard.Rssi);
+  std::string Result;
+  for (int I = 0; I < NoRssi; ++I) Result += Columns[I] + "\t";
+  return Result;
 }
 
-void ExpectTsharkAgrees(const TBytes& AFile, TRssiColumn AColumn, const std::string& AWhat) {
+void ExpectTsharkAgrees(const TBytes& AFile, int AColumn, const std::string& AWhat) {
   const TTemporaryFile File(AFile);
   const auto Heard = ReadAllWell(OpenCapture(File.GetPath()));
   std::vector<std::string> Expected;
@@ -139,40 +128,34 @@ TEST(Tshark, SeesTheSameInWrittenCaptures) {
   Sample.push_back({Start, "C4:BE:84:01:02:04", UnknownRssi, LongPayload});
   for (const TCaptureFormat& Format : CaptureFormats()) {
     if (Format.Name == std::string("log")) continue;
-    ExpectTsharkAgrees(Written(Format, Sample), TRssiColumn::Hci, Format.Name);
+    ExpectTsharkAgrees(Written(Format, Sample), HciRssi, Format.Name);
   }
 }
 
 TEST(Tshark, SeesTheSameInEveryLinkType) {
   if (!HasTshark()) GTEST_SKIP() << "tshark is not installed";
-  for (const TLinkType& Link : LinkTypes()) {
+  for (const int Link : LinkTypes) {
     std::vector<TPacket> Packets;
     for (const std::string& Payload : Payloads) {
-      const auto Index = static_cast<int>(Packets.size());
-      Packets.push_back(
-          {Start + Index, Link.Pack(static_cast<std::uint8_t>(Index), -60 - Index, Hex(Payload))});
+      const auto I = static_cast<int>(Packets.size());
+      const TBytes Bytes = PackFor(Link, static_cast<std::uint8_t>(I), -60 - I, Hex(Payload));
+      Packets.push_back({Start + I, Bytes});
     }
-    const TRssiColumn Column = Link.Number == 251   ? TRssiColumn::None
-                               : Link.Number == 256 ? TRssiColumn::Radio
-                               : Link.Number == 272 ? TRssiColumn::Nordic
-                                                    : TRssiColumn::Hci;
-    const std::string What = "link type " + std::to_string(Link.Number);
-    ExpectTsharkAgrees(PcapFile(Link.Number, Packets, Big), Column, What);
-    ExpectTsharkAgrees(PcapngFile(Link.Number, Packets), Column, What + " in pcapng");
+    const int Column = Link == 251   ? NoRssi
+                       : Link == 256 ? RadioRssi
+                       : Link == 272 ? NordicRssi
+                                     : HciRssi;
+    const std::string What = "link type " + std::to_string(Link);
+    ExpectTsharkAgrees(PcapFile(Link, Packets, Big), Column, What);
+    ExpectTsharkAgrees(PcapngFile(Link, Packets), Column, What + " in pcapng");
   }
 }
 
 TEST(Tshark, SeesTheSameInExtendedAdvertisements) {
   if (!HasTshark()) GTEST_SKIP() << "tshark is not installed";
-  const TBytes Packet = AirPacket(7,
-                                  Join({Hex("09"
-                                            "09"
-                                            "0100000000C0"
-                                            "3412"),
-                                        Hex(LongPayload)}));
-  ExpectTsharkAgrees(PcapFile(256, {{Start, WithRadioHeader(Packet, -70)}}),
-                     TRssiColumn::Radio,
-                     "extended advertising");
+  const TBytes Packet = AirPacket(7, Join({Hex("09090100000000C03412"), Hex(LongPayload)}));
+  ExpectTsharkAgrees(
+      PcapFile(256, {{Start, WithRadioHeader(Packet, -70)}}), RadioRssi, "extended advertising");
 }
 
 /// A sniffer's recording of phones that lies beside the repository.
@@ -191,9 +174,14 @@ TEST(RecordedCaptures, YieldTheirAdvertisements) {
     ASSERT_EQ(std::system(("zcat '" + Packed.string() + "' > " + File.GetPath()).c_str()), 0);
     const auto Heard = ReadAllWell(OpenCapture(File.GetPath()));
     EXPECT_GT(Heard.size(), 100U) << Packed;
+    for (const THeard& One : Heard) {
+      const TBytes Payload = Hex(One.Payload);
+      TBeaconFrame Frame;
+      EXPECT_FALSE(TFrameReader(Payload).Next(Frame)) << "phones are no beacons";
+    }
     if (!HasTshark()) continue;
     std::vector<std::string> Lines;
-    for (const THeard& One : Heard) Lines.push_back(LineOf(One, TRssiColumn::Nordic));
+    for (const THeard& One : Heard) Lines.push_back(LineOf(One, NordicRssi));
     auto Seen = TsharkLines(File.GetPath(),
                             "nordic_ble.crcok == 1 && btle.advertising_header && "
                             "btle.advertising_header.pdu_type != 3");

@@ -18,20 +18,14 @@ inline TBytes PcapFile(int ALinkType,
                        const std::vector<TPacket>& APackets,
                        TNumber ANumber = Little,
                        bool AIsNano = false) {
-  TBytes File = Join({ANumber(AIsNano ? 0xA1B23C4D : 0xA1B2C3D4, 4),
-                      ANumber(2, 2),
-                      ANumber(4, 2),
-                      ANumber(0, 8),
-                      ANumber(65535, 4),
-                      ANumber(ALinkType, 4)});
+  const TBytes Version = Join({ANumber(2, 2), ANumber(4, 2)});
+  const TBytes Limits = Join({ANumber(0, 8), ANumber(65535, 4), ANumber(ALinkType, 4)});
+  TBytes File = Join({ANumber(AIsNano ? 0xA1B23C4D : 0xA1B2C3D4, 4), Version, Limits});
   for (const TPacket& Packet : APackets) {
     const TTicks Fraction = Packet.Time % TicksPerSecond * (AIsNano ? 1000 : 1);
-    File = Join({File,
-                 ANumber(Packet.Time / TicksPerSecond, 4),
-                 ANumber(Fraction, 4),
-                 ANumber(Packet.Bytes.size(), 4),
-                 ANumber(Packet.Bytes.size(), 4),
-                 Packet.Bytes});
+    const TBytes Size = ANumber(Packet.Bytes.size(), 4);
+    const TBytes Time = Join({ANumber(Packet.Time / TicksPerSecond, 4), ANumber(Fraction, 4)});
+    File = Join({File, Time, Size, Size, Packet.Bytes});
   }
   return File;
 }
@@ -56,14 +50,8 @@ inline TBytes PcapngInterface(int ALinkType, TNumber ANumber = Little) {
 inline TBytes PcapngPacket(const TPacket& APacket, TNumber ANumber = Little) {
   const auto Time = static_cast<std::uint64_t>(APacket.Time);
   const TBytes Size = ANumber(APacket.Bytes.size(), 4);
-  return PcapngBlock(6,
-                     Join({ANumber(0, 4),
-                           ANumber(Time >> 32, 4),
-                           ANumber(Time & 0xFFFFFFFF, 4),
-                           Size,
-                           Size,
-                           APacket.Bytes}),
-                     ANumber);
+  const TBytes Times = Join({ANumber(Time >> 32, 4), ANumber(Time & 0xFFFFFFFF, 4)});
+  return PcapngBlock(6, Join({ANumber(0, 4), Times, Size, Size, APacket.Bytes}), ANumber);
 }
 
 inline TBytes PcapngFile(int ALinkType,
@@ -102,52 +90,20 @@ inline TBytes WithNordicHeader(
   const TBytes Body =
       Join({{10, Flags, 39, static_cast<std::uint8_t>(-ARssi)}, TBytes(6), AAirPacket});
   const TBytes Size = AVersion == 1 ? Join({{6}, Little(Body.size(), 1)}) : Little(Body.size(), 2);
-  return Join({{1},
-               Size,
-               {static_cast<std::uint8_t>(AVersion), 0, 0, static_cast<std::uint8_t>(AMessage)},
-               Body});
+  const auto Byte = [](int A) { return static_cast<std::uint8_t>(A); };
+  return Join({{1}, Size, {Byte(AVersion), 0, 0, Byte(AMessage)}, Body});
 }
 
-/// How an advertisement is packed for a link type.
-struct TLinkType {
-  int Number;
-  bool HasRssi;
-  TBytes (*Pack)(std::uint8_t AAddress, int ARssi, const TBytes& AData);
-};
+inline constexpr int LinkTypes[] = {187, 201, 251, 254, 256, 272};
 
-inline std::vector<TLinkType> LinkTypes() {
-  return {
-      {187,
-       true,
-       [](std::uint8_t AAddress, int ARssi, const TBytes& AData) {
-         return Join({{4}, ReportEvent(1, Report(AAddress, ARssi, AData))});
-       }},
-      {201,
-       true,
-       [](std::uint8_t AAddress, int ARssi, const TBytes& AData) {
-         return Join({{0, 0, 0, 1, 4}, ReportEvent(1, Report(AAddress, ARssi, AData))});
-       }},
-      {251,
-       false,
-       [](std::uint8_t AAddress, int, const TBytes& AData) {
-         return AirAdvertisement(AAddress, AData);
-       }},
-      {254,
-       true,
-       [](std::uint8_t AAddress, int ARssi, const TBytes& AData) {
-         return Join({{0, 0, 0, 3}, ReportEvent(1, Report(AAddress, ARssi, AData))});
-       }},
-      {256,
-       true,
-       [](std::uint8_t AAddress, int ARssi, const TBytes& AData) {
-         return WithRadioHeader(AirAdvertisement(AAddress, AData), ARssi);
-       }},
-      {272,
-       true,
-       [](std::uint8_t AAddress, int ARssi, const TBytes& AData) {
-         return WithNordicHeader(AirAdvertisement(AAddress, AData), ARssi);
-       }},
-  };
+/// An advertisement packed for a link type; 251 has no strength.
+inline TBytes PackFor(int ALinkType, std::uint8_t AAddress, int ARssi, const TBytes& AData) {
+  if (ALinkType == 251) return AirAdvertisement(AAddress, AData);
+  if (ALinkType == 256) return WithRadioHeader(AirAdvertisement(AAddress, AData), ARssi);
+  if (ALinkType == 272) return WithNordicHeader(AirAdvertisement(AAddress, AData), ARssi);
+  const TBytes Event = ReportEvent(1, Report(AAddress, ARssi, AData));
+  if (ALinkType == 254) return Join({{0, 0, 0, 3}, Event});
+  return Join({ALinkType == 201 ? TBytes{0, 0, 0, 1, 4} : TBytes{4}, Event});
 }
 
 }  // namespace System::Beacon::CaptureTests
