@@ -53,36 +53,24 @@ TEST(TBeaconItem, ReadsTextsAndKeepsWhatItPrints) {
 TEST(TBeaconItem, RefusesOtherTextsWithoutNotificationAndKeepsItsOwn) {
   constexpr const char* BadUUID =
       "'' is not a valid GUID value; it looks like {00112233-4455-6677-8899-AABBCCDDEEFF}";
-  constexpr const char* BadNamespace = "Invalid Eddystone namespace";
-  constexpr const char* BadInstance = "Invalid Eddystone instance";
-  struct TCase {
-    const char* Property;
-    const char* Text;
-    const char* Message;
-  };
-  for (const TCase& C : {TCase{"UUID", "", BadUUID},
-                         {"ManufacturerID", "", Manufacturer},
-                         {"ManufacturerID", "12345", Manufacturer},
-                         {"ManufacturerID", "-2", Manufacturer},
-                         {"ManufacturerID", "G1", Manufacturer},
-                         {"ManufacturerID", "+1", Manufacturer},
-                         {"ManufacturerID", " 1", Manufacturer},
-                         {"ManufacturerID", "$1", Manufacturer},
-                         {"EddyNamespace", "", BadNamespace},
-                         {"EddyNamespace", "0011223344556677889", BadNamespace},
-                         {"EddyNamespace", "001122334455667788990", BadNamespace},
-                         {"EddyNamespace", "G0112233445566778899", BadNamespace},
-                         {"EddyInstance", "", BadInstance},
-                         {"EddyInstance", "00112233445", BadInstance},
-                         {"EddyInstance", "0011223344556", BadInstance},
-                         {"EddyInstance", " 01122334455", BadInstance}}) {
-    TListed Listed;
-    Listed.Item.SetManufacturerID("4C");
-    const std::string Before = Listed.Get(C.Property);
-    EXPECT_EQ(Raised<EGeneralError>([&] { Listed.Set(C.Property, C.Text); }), C.Message) << C.Text;
-    EXPECT_EQ(Listed.Get(C.Property), Before);
-    EXPECT_EQ(Listed.Notifications, 0);
-  }
+  const std::vector<std::tuple<const char*, const char*, std::vector<const char*>>> Cases{
+      {"UUID", BadUUID, {""}},
+      {"ManufacturerID", Manufacturer, {"", "12345", "-2", "G1", "+1", " 1", "$1"}},
+      {"EddyNamespace",
+       "Invalid Eddystone namespace",
+       {"", "0011223344556677889", "001122334455667788990", "G0112233445566778899"}},
+      {"EddyInstance",
+       "Invalid Eddystone instance",
+       {"", "00112233445", "0011223344556", " 01122334455"}}};
+  for (const auto& [Property, Message, Texts] : Cases)
+    for (const char* Text : Texts) {
+      TListed Listed;
+      Listed.Item.SetManufacturerID("4C");
+      const std::string Before = Listed.Get(Property);
+      EXPECT_EQ(Raised<EGeneralError>([&, P = Property] { Listed.Set(P, Text); }), Message) << Text;
+      EXPECT_EQ(Listed.Get(Property), Before);
+      EXPECT_EQ(Listed.Notifications, 0);
+    }
 }
 
 TEST(TBeaconItem, NumbersItsManufacturer) {

@@ -62,53 +62,26 @@ TEST(TBeaconZonesFencing, TellsOfZonesOnTheMainThreadWhileItWaits) {
   EXPECT_EQ(Scanning.Component.GetScanStatistics().Sightings, 5U);
 }
 
-TEST(TBeaconZonesFencing, PassesOnEddystoneFramesOfABeaconOfAZone) {
-  const TEddystoneUID Known{.Namespace = {1}, .Instance = {2}};
-  const TEddystoneUID OfNoZone{.Namespace = {1}, .Instance = {3}};
-  TScanning Scanning({{0, EddystoneUIDPayload(Known), -59, 1},
-                      {1, EddystoneUIDPayload(OfNoZone), -59, 2},
-                      {1, EddystoneURLPayload("a.org"), -59, 1},
-                      {1, EddystoneURLPayload("b.org"), -59, 2},
-                      {1, EddystoneTLMPayload(2900), -59, 1}},
-                     "A Near 1 1");
-  TBeaconInZoneList& List = *Scanning.Component.GetZones()->GetItems(0)->GetBeaconList();
-  for (int I = 0; I < 2; ++I) List.GetItems(I)->SetKindofBeacon(TKindofBeacon::Eddystone);
-  List.GetItems(0)->SetEddyUID(Known);
-  const std::string Events = Scanning.Run();
-  EXPECT_NE(Events.find("; URL A.1 https://a.org; TLM A.1 2900"), std::string::npos) << Events;
-  EXPECT_EQ(Events.find("b.org"), std::string::npos) << Events;
-}
-
 // ---------------------------------------------------------------- states
 
-TEST(TBeaconZonesFencing, StopsWhenItIsLoadedDisabled) {
-  TScanning Scanning({Heard(1), Heard(2, NearRssi, 4)});
-  Scanning.Component.SetEnabled(true);
-  Sleep(3'000);
-  EXPECT_EQ(Scanning.Log.TakeZones(), "ZoneEnter A by 1");
-  Scanning.Component.BeginLoading();
-  Scanning.Component.SetEnabled(false);
-  Scanning.Component.EndLoading();
-  Sleep(10'000);
-  EXPECT_EQ(Scanning.Log.Take(), "");
-}
-
-TEST(TBeaconZonesFencing, StartsWhenItIsLoadedAndNeverWhileItIsDesigned) {
-  struct TCase {
-    bool IsDesigned;
-    const char* Events;
-  };
-  for (const TCase& C : {TCase{false, "ZoneEnter A by 1"}, TCase{true, ""}}) {
-    TScanning Scanning({Heard(1)});
-    Scanning.Component.SetDesigning(C.IsDesigned);
-    Scanning.Component.BeginLoading();
-    Scanning.Component.SetEnabled(true);
-    Sleep(10'000);
+TEST(TBeaconZonesFencing, StartsAndStopsWhenItIsLoadedAndNeverWhileItIsDesigned) {
+  for (const auto& [IsDesigned, Events] : {std::pair(false, "ZoneEnter A by 1"), {true, ""}}) {
+    TScanning Scanning({Heard(1), Heard(2, NearRssi, 20)});
+    TBeaconZonesFencing& Component = Scanning.Component;
+    Component.SetDesigning(IsDesigned);
+    for (const bool IsOn : {true, false}) {
+      Component.BeginLoading();
+      Component.SetEnabled(IsOn);
+      if (IsOn) Sleep(5'000);
+      EXPECT_EQ(Scanning.Log.Take(), "");
+      Component.EndLoading();
+      Sleep(5'000);
+      EXPECT_EQ(Scanning.Log.TakeZones(), IsOn ? Events : "");
+      EXPECT_EQ(Component.GetEnabled(), IsOn);
+      Scanning.Log.Take();
+    }
+    Sleep(30'000);
     EXPECT_EQ(Scanning.Log.Take(), "");
-    Scanning.Component.EndLoading();
-    Sleep(10'000);
-    EXPECT_EQ(Scanning.Log.TakeZones(), C.Events);
-    EXPECT_TRUE(Scanning.Component.GetEnabled());
   }
 }
 
@@ -150,11 +123,6 @@ TEST(TBeaconZonesFencing, IsStoppedAndDisabledByAStartThatFails) {
   TBeaconZonesFencing& Component = Scanning.Component;
   Scanning.Source->OpenError = "no radio";
   EXPECT_EQ(Raised<EBeaconSourceError>([&] { Component.SetEnabled(true); }), "no radio");
-  EXPECT_FALSE(Component.GetEnabled());
-
-  Component.BeginLoading();
-  Component.SetEnabled(true);
-  EXPECT_EQ(Raised<EBeaconSourceError>([&] { Component.EndLoading(); }), "no radio");
   EXPECT_FALSE(Component.GetEnabled());
 
   Scanning.Source->OpenError.clear();
@@ -208,56 +176,44 @@ TEST(TBeaconZonesFencing, ChecksBaseValuesBeforeItSpreadsThem) {
 // ---------------------------------------------------------------- inside handlers
 
 TEST(TBeaconZonesFencing, IsSilentAfterAHandlerHasDisabledIt) {
-  TScanning Scanning({Heard(1), Heard(2), Heard(1), Heard(1)});
-  Scanning.Log.OnEvent = [&](const std::string& ALine) {
-    if (ALine == "ZoneExit A by 2") Scanning.Component.SetEnabled(false);
+  struct TCase {
+    const char *DisabledBy, *Events, *Zone;
   };
-  Scanning.Component.SetEnabled(true);
-  Sleep(20'000);
-  EXPECT_EQ(Scanning.Log.TakeZones(), "ZoneEnter A by 1; ZoneExit A by 2");
-  EXPECT_FALSE(Scanning.Component.GetEnabled());
-  EXPECT_EQ(Scanning.Component.GetCurrentZone(), nullptr);
-}
-
-TEST(TBeaconZonesFencing, StaysInTheZoneWhoseExitItDidNotComeToTell) {
-  TScanning Scanning({Heard(1), Heard(2), Heard(2)});
-  Scanning.Log.OnEvent = [&](const std::string& ALine) {
-    if (ALine == "ZoneBeaconProximity B.2 Near") Scanning.Component.SetEnabled(false);
-  };
-  Scanning.Component.SetEnabled(true);
-  Sleep(5000);
-  EXPECT_EQ(Scanning.Component.GetCurrentZone(), Scanning.Component.GetZones()->GetItems(0));
-  Scanning.Log.OnEvent = {};
-  Scanning.Run();
-  EXPECT_EQ(Scanning.Component.GetCurrentZone(), Scanning.Component.GetZones()->GetItems(1));
+  for (const TCase& C : {TCase{"ZoneExit A by 2", "ZoneEnter A by 1; ZoneExit A by 2", ""},
+                         // It stays in the zone whose exit it did not come to tell.
+                         TCase{"ZoneBeaconProximity B.2 Near", "ZoneEnter A by 1", "A"}}) {
+    TScanning Scanning({Heard(1), Heard(2), Heard(1), Heard(1), Heard(2)});
+    Scanning.Log.OnEvent = [&](const std::string& ALine) {
+      if (ALine == C.DisabledBy) Scanning.Component.SetEnabled(false);
+    };
+    Scanning.Component.SetEnabled(true);
+    Sleep(20'000);
+    EXPECT_EQ(Scanning.Log.TakeZones(), C.Events);
+    EXPECT_FALSE(Scanning.Component.GetEnabled());
+    const TBeaconZoneItem* const Zone = Scanning.Component.GetCurrentZone();
+    EXPECT_EQ(Zone ? Zone->GetDisplayName() : "", C.Zone);
+    Scanning.Log.OnEvent = {};
+    Scanning.Run();
+    EXPECT_EQ(Scanning.Component.GetCurrentZone(), Scanning.Component.GetZones()->GetItems(1));
+  }
 }
 
 TEST(TBeaconZonesFencing, StartsAgainWhenTheHandlerThatAskedForItHasReturned) {
-  using TComponent = TBeaconZonesFencing;
-  struct TCase {
-    const char* What;
-    void (*Do)(TComponent&);
-    bool IsOnAfterwards;
-  };
-  for (const TCase& C :
-       {TCase{"off, on", [](TComponent& A) { A.SetEnabled(false), A.SetEnabled(true); }, true},
-        TCase{"restart", [](TComponent& A) { A.StartFencingScanning(); }, true},
-        TCase{"off, on, off",
-              [](TComponent& A) { A.SetEnabled(false), A.SetEnabled(true), A.SetEnabled(false); },
-              false}}) {
+  for (const std::string Requests : {"-+", "r", "-+-"}) {
+    const bool IsOn = Requests != "-+-";
     TScanning Scanning({Heard(1), Heard(2), Heard(2)});
     Scanning.Log.OnEvent = [&](const std::string& ALine) {
       if (ALine != "ZoneEnter A by 1") return;
-      C.Do(Scanning.Component);
+      for (const char Request : Requests)
+        Request == 'r' ? Scanning.Component.StartFencingScanning()
+                       : Scanning.Component.SetEnabled(Request == '+');
       Sleep(1000);
     };
     Scanning.Component.SetEnabled(true);
     Sleep(20'000);
-    EXPECT_EQ(Scanning.Log.TakeZones(),
-              C.IsOnAfterwards ? "ZoneEnter A by 1; ZoneExit A by 2; ZoneEnter B by 2"
-                               : "ZoneEnter A by 1")
-        << C.What;
-    EXPECT_EQ(Scanning.Component.GetEnabled(), C.IsOnAfterwards) << C.What;
+    const char* const Rest = IsOn ? "; ZoneExit A by 2; ZoneEnter B by 2" : "";
+    EXPECT_EQ(Scanning.Log.TakeZones(), std::string("ZoneEnter A by 1") + Rest) << Requests;
+    EXPECT_EQ(Scanning.Component.GetEnabled(), IsOn) << Requests;
   }
 }
 
@@ -307,12 +263,8 @@ TEST(TBeaconZonesFencing, FollowsTheLastOfRequestsThatCrossWhileItStops) {
 
 // ---------------------------------------------------------------- misuse
 
-class TBeaconZonesFencingDeathTest : public testing::Test {
- protected:
-  TBeaconZonesFencingDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
-};
-
-TEST_F(TBeaconZonesFencingDeathTest, EndsTheProcessWhenItIsDestroyedInsideItsOwnHandler) {
+TEST(TBeaconZonesFencingDeathTest, EndsTheProcessWhenItIsDestroyedInsideItsOwnHandler) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto Misuse = [] {
     const TSimulation Simulation;
     auto Component = std::make_unique<TBeaconZonesFencing>();

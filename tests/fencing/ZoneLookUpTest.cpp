@@ -135,23 +135,13 @@ TEST(ZoneLookUp, SeesIdentitiesThatChangeWithoutNotification) {
   TBeaconZones Zones(nullptr);
   AddZones(Zones, "A Near 1");
   TBeaconInZoneList& List = *Zones.GetItems(0)->GetBeaconList();
-  TBeaconItem& Item = *List.GetItems(0);
   const TRef<TFakeBeacon> One = NewFakeBeacon(1);
-  const TRef<TFakeBeacon> Eddystone = NewFakeBeacon(0, TKindofBeacon::Eddystone);
-  Eddystone->UID = {.Namespace = {1}, .Instance = {2}};
   EXPECT_TRUE(Zones.GetZoneForBeacon(One));
-  EXPECT_FALSE(Zones.GetZoneForBeacon(Eddystone));
-
   Zones.BeginUpdate();
   List.BeginUpdate();
-  Item.SetGUID({});
+  List.GetItems(0)->SetGUID({});
   EXPECT_FALSE(Zones.GetZoneForBeacon(One));
   EXPECT_FALSE(List.ContainsBeacon(One));
-  Item.SetEddyUID(Eddystone->UID);
-  EXPECT_TRUE(Zones.GetZoneForBeacon(Eddystone));
-  TBeaconInZoneList Other(nullptr);
-  Item.Assign(Other.Add());
-  EXPECT_FALSE(Zones.GetZoneForBeacon(Eddystone));
 }
 
 }  // namespace

@@ -65,7 +65,7 @@ class TFakeDaemon {
 
   /// Runs `AWork` on the daemon's thread and waits for it.
   void Do(std::function<void()> AWork) {
-    std::packaged_task<void()> Task([this, Work = std::move(AWork)] { Work(); });
+    std::packaged_task<void()> Task(std::move(AWork));
     auto Done = Task.get_future();
     {
       const std::lock_guard Guard(FLock);
@@ -285,7 +285,7 @@ class TFakeDaemon {
     char Type = 0;
     const char* Contents = nullptr;
     while (sd_bus_message_peek_type(AMessage, &Type, &Contents) > 0) {
-      if (Contents == std::string_view("a(yyay)")) return true;
+      if (Type == 'v' && Contents == std::string_view("a(yyay)")) return true;
       if (Type == 'o') {
         sd_bus_message_read(AMessage, "o", &APath);
       } else if (Type != 'a' && Type != 'e') {
