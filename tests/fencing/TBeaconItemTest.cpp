@@ -73,16 +73,6 @@ TEST(TBeaconItem, RefusesOtherTextsWithoutNotificationAndKeepsItsOwn) {
     }
 }
 
-TEST(TBeaconItem, NumbersItsManufacturer) {
-  TListed Listed;
-  EXPECT_EQ(Listed.Item.GetMID(), -1) << "of the empty text";
-  for (const auto& [Text, MID] :
-       {std::pair{"-1", -1}, {"004C", 76}, {"FFFF", 65535}, {"ff", 255}}) {
-    Listed.Item.SetManufacturerID(Text);
-    EXPECT_EQ(Listed.Item.GetMID(), MID) << Text;
-  }
-}
-
 TEST(TBeaconItem, NotifiesAsOftenAsEachSetterPromises) {
   struct TCase {
     const char* What;
@@ -135,20 +125,6 @@ TEST(TBeaconItem, AssignsEverythingButNameAndKindAndNotifiesForTheSource) {
   EXPECT_EQ(To.Item.GetKindofBeacon(), TKindofBeacon::iBeaconAltBeacon);
   EXPECT_EQ(From.Notifications, 1);
   EXPECT_EQ(To.Notifications, 3) << "UUID, major and minor go through setters";
-}
-
-TEST(TBeaconItem, TakesTheBaseValuesOfItsListOrIsNotMade) {
-  TBeaconInZoneList List(nullptr);
-  List.SetBaseGUID(LowerUUID);
-  List.SetBaseManufacturerID("4c");
-  List.SetBaseEddyNamespace(Namespace);
-  const TBeaconItem& Item = *List.Add();
-  EXPECT_EQ(Item.GetUUID(), UUID);
-  EXPECT_EQ(Item.GetManufacturerID(), "4c");
-  EXPECT_EQ(Item.GetEddyNamespace(), Namespace);
-  List.SetBaseManufacturerID("nonsense");
-  EXPECT_EQ(Raised<EComponentError>([&] { List.Add(); }), Manufacturer);
-  EXPECT_EQ(List.GetCount(), 1);
 }
 
 }  // namespace

@@ -122,7 +122,7 @@ TEST(TBeaconZoneItem, AssignsNameBasesContextBeaconsAndProximity) {
 TEST(TBeaconZones, GivesNewZonesAndItemsTheBaseValuesOfTheMoment) {
   TCountedZones Zones;
   EXPECT_EQ(Zones.Add()->GetBaseGUID(), Zero);
-  Zones.SetBaseGUID(X);
+  Zones.SetBaseGUID(LowerX);
   Zones.SetBaseManufacturerID("4C");
   Zones.SetBaseEddyNamespace(std::string(20, '5'));
   for (TBeaconZoneItem* Zone : {Zones.GetItems(0), Zones.Add()}) {
@@ -131,6 +131,10 @@ TEST(TBeaconZones, GivesNewZonesAndItemsTheBaseValuesOfTheMoment) {
     EXPECT_EQ(Item.GetManufacturerID(), "4C");
     EXPECT_EQ(Item.GetEddyNamespace(), std::string(20, '5'));
   }
+  TBeaconInZoneList& List = *Zones.GetItems(0)->GetBeaconList();
+  List.SetBaseManufacturerID("nonsense");
+  EXPECT_THROW(List.Add(), EComponentError);
+  EXPECT_EQ(List.GetCount(), 1) << "an item that refuses them is not made";
 }
 
 TEST(TBeaconZones, ReplacesABaseValueExactlyWhereItIsCarried) {

@@ -1,7 +1,7 @@
 // Which beacon of a map is the one of a sighting, which one is nearest, in which order they stand.
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <cmath>
 #include <sstream>
 
 #include "support/fake_beacon.h"
@@ -154,16 +154,9 @@ TEST(TFencingMap, OrdersByKnownDistanceThenUnknownThenUnseen) {
 
 TEST(TFencingMap, OrdersByTheDistanceToAPointInCalculatorUnits) {
   TFencingMap Map = MapOf("9 ? - 7 7 7 7");
-  const auto Place = [&](std::size_t AIndex, TPointF ACenter) {
-    Map.BeaconList[AIndex].DesignBeacon =
-        NewFakeDesignBeacon(TestGUID, static_cast<std::int32_t>(AIndex), ACenter);
-  };
-  Place(0, {3, 4});
-  Place(1, {2, 0});
-  Place(2, {1, 0});
-  Place(3, {std::numeric_limits<float>::quiet_NaN(), 0});
-  Place(4, {0, 0});
-  Place(5, {2, 0});
+  const TPointF Places[] = {{3, 4}, {2, 0}, {1, 0}, {NAN, 0}, {0, 0}, {2, 0}};
+  for (int I = 0; I < 6; ++I)
+    Map.BeaconList[I].DesignBeacon = NewFakeDesignBeacon(TestGUID, I, Places[I]);
   Map.BeaconList[6].DesignBeacon = nullptr;
   const TFencingBeacons Ordered = Map.OrderedBeaconListTo({100, 0});
   EXPECT_EQ(MinorsOf(Ordered), "14503-12");  // 1, 4 and 5 are all 100 away, "-1" is nowhere

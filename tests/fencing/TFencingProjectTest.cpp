@@ -6,8 +6,7 @@
 
 #include "platform/beacons/sighting.h"
 #include "platform/random.h"
-#include "support/fake_beacon.h"
-#include "support/fake_design.h"
+#include "support/estimator.h"
 #include "support/raised.h"
 
 namespace System::Beacon::Fencing {
@@ -70,8 +69,8 @@ TEST(TFencingProject, BindsASightingOnTheFirstMapThatHasItsBeacon) {
   EXPECT_EQ(MapIndex, -1);
   EXPECT_FALSE(Found.DesignBeacon);
 
-  for (const auto& [Index, IsFound] : {std::pair{2, true}, {0, false}, {-1, false}, {3, false}})
-    EXPECT_EQ(Copy.BeaconBelongsToMap(NewFakeBeacon(2), Index, Found), IsFound) << Index;
+  for (const int Index : {-1, 0, 2, 3})
+    EXPECT_EQ(Copy.BeaconBelongsToMap(NewFakeBeacon(2), Index, Found), Index == 2) << Index;
 
   const TRef<IBeacon> Sighting = NewFakeBeacon(1);
   EXPECT_TRUE(Copy.RemoveBeaconInfo(Sighting).DesignBeacon);
@@ -95,9 +94,7 @@ TEST(TFencingProject, TheNearestMapHasTheNearestKnownSighting) {
                          TCase{{3, 2, 2}, 2, -1, 2},
                          TCase{{3, None, 1}, 2, 2, 1}}) {
     const auto SightingAt = [](double ADistance) {
-      const TRef<TFakeBeacon> Result = ADistance == None ? nullptr : NewFakeBeacon(0);
-      if (Result) Result->Distance = ADistance;
-      return Result;
+      return ADistance == None ? nullptr : NewFencingBeacon(0, {}, ADistance).BTBeacon;
     };
     TProject P;
     for (std::size_t I = 0; I < 3; ++I) P.AddBeacon(I, 0, SightingAt(C.Distances[I]));
@@ -109,11 +106,10 @@ TEST(TFencingProject, TheNearestMapHasTheNearestKnownSighting) {
 
 TEST(TFencingProject, TheCurrentMapIsOneOfItsMaps) {
   TProject P;
-  P.Project.SetCurrentMapIndex(2);
   for (const std::int32_t Index : {-1, 3})
     EXPECT_EQ(Raised<EComponentError>([&] { P.Project.SetCurrentMapIndex(Index); }),
               std::to_string(Index) + " is not a valid map index");
-  EXPECT_EQ(P.Project.CurrentMapIndex, 2);
+  EXPECT_EQ(P.Project.CurrentMapIndex, 0);
 }
 
 // ---------------------------------------------------------------- points of interest
@@ -159,13 +155,11 @@ TEST(TFencingProject, IsCloseToAPointOfInterestByItsType) {
     const std::string Type = C.Poi;
     TProject P;
     P.AddZone("zone", {20, 0, 30, 6});
-    P.Project.PoiList.PoiList = {{Type,
-                                  C.Place,
-                                  {},
-                                  0,
-                                  Type == "node"     ? TPOIType::poiPathNode
-                                  : Type == "beacon" ? TPOIType::poiBeacon
-                                                     : TPOIType::poiZone}};
+    const TPOIType Kind = Type == "node"     ? TPOIType::poiPathNode
+                          : Type == "beacon" ? TPOIType::poiBeacon
+                                             : TPOIType::poiZone;
+    P.Project.PoiList = {};
+    P.Project.PoiList.AddPOI({Type, C.Place, {}, 0, Kind});
     EXPECT_EQ(P.Project.IsCloseToPoi(C.Position, 0), C.IsClose)
         << Type << " " << C.Position.X << " " << C.Position.Y;
     P.Project.SetCurrentMapIndex(1);
@@ -211,12 +205,10 @@ TEST(TFencingProject, RoutesToPointsOfInterestAndForgetsThePicture) {
   EXPECT_TRUE(Copy.RouteTo(0, {0, 1}));  // node 3 is nearest to it on its map, though 4 is nearer
   EXPECT_EQ(P.Shown(), (std::vector<TNodes>{{0, 1, 2, 3}, {0, 1, 2, 3}, {}}));
   for (const std::int32_t Index : {-1, 4}) EXPECT_FALSE(Copy.RouteTo(Index, TPointF{0, 1}));
-  for (const auto& [Point, IsOn] : {std::pair{TPointF{5, 0}, true},
-                                    {TPointF{10, 7.5F}, true},
-                                    {TPointF{5, 3}, false},
-                                    {TPointF{0, 0}, false},
-                                    {TPointF{12, 0}, false}})
-    EXPECT_EQ(P.Project.IsPointInLastRoute(Point), IsOn) << Point.X << " " << Point.Y;
+  for (const TPointF On : {TPointF{5, 0}, {10, 7.5F}})
+    EXPECT_TRUE(P.Project.IsPointInLastRoute(On)) << On.X;
+  for (const TPointF Off : {TPointF{5, 3}, {0, 0}, {12, 0}})
+    EXPECT_FALSE(P.Project.IsPointInLastRoute(Off)) << Off.X;
   Copy.ClearRoute();
   EXPECT_EQ(P.Shown(), std::vector<TNodes>(3));
   EXPECT_TRUE(P.Project.IsPointInLastRoute({5, 0}));

@@ -25,27 +25,6 @@ struct TPlayed {
   TZoneScript Service{Component};
 };
 
-TEST(ZoneEvents, ComeInTheOrderOfWhatHappened) {
-  for (const auto& Row : Rows(R"(
-- a beacon of a zone comes inside | | enter 1 Near 1 |
-    ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Near; ZoneEnter A by 1; BeaconProximity 1 Near;
-    BeaconEnter 1
-- one that is not near enough | | enter 1 Far 9 |
-    ZoneBeaconEnter A.1; ZoneBeaconProximity A.1 Far; BeaconProximity 1 Far; BeaconEnter 1
-- the last beacon of the current zone is lost | enter 1 Near 1 | exit 1 |
-    ZoneBeaconProximity A.1 Away; ZoneExit A by 1; BeaconProximity 1 Away; ZoneBeaconExit A.1;
-    BeaconExit 1
-- a proximity report | enter 1 Near 1 | report 1 Far 5 |
-    ZoneBeaconProximity A.1 Far; BeaconProximity 1 Far
-)")) {
-    TPlayed Played("A Near 1 2");
-    Played.Service.Play(Row[1]);
-    Played.Log.Take();
-    Played.Service.Play(Row[2]);
-    EXPECT_EQ(Played.Log.Take(), Row[3]) << Row[0];
-  }
-}
-
 TEST(ZoneEvents, PutTheDeviceInOneZoneAtATime) {
   for (const auto& Row : Rows(R"(
 - one beacon goes, another still holds the zone | enter 1 Near 2; enter 2 Near -1; enter 3 Far 5;
@@ -122,16 +101,6 @@ TEST(ZoneEvents, CarryACopyOfAnEddystoneFrameOfABeaconInAZone) {
 
 // ---------------------------------------------------------------- zones that change meanwhile
 
-TEST(ZoneEvents, ForgetTheCurrentZoneWithoutAnEventWhenItIsDeleted) {
-  TPlayed Played("A Near 1, B Near 2");
-  Played.Service.Play("enter 1 Near 1");
-  Played.Log.Take();
-  Played.GetZones().Delete(0);
-  EXPECT_EQ(Played.GetCurrent(), "none");
-  Played.Service.Play("report 1 Far 9; exit 1; enter 2 Near 1");
-  EXPECT_EQ(Played.Log.TakeZones(), "ZoneEnter B by 2");
-}
-
 TEST(ZoneEvents, NeverNameWhatAHandlerHasDeleted) {
   for (const auto& Row : Rows(R"(
 - zone | ZoneBeaconProximity A.1 Near | enter 1 Near 1 |
@@ -160,18 +129,6 @@ TEST(ZoneEvents, NeverNameWhatAHandlerHasDeleted) {
     EXPECT_EQ(Played.Log.Take(), Row[3]) << "the " << Row[0] << " in " << Row[1];
     EXPECT_EQ(Played.GetCurrent(), "none");
   }
-}
-
-TEST(ZoneEvents, FollowAHandlerThatMovesABeaconToAnotherZone) {
-  TPlayed Played("A Near 1, B Near 2");
-  Played.Service.Play("enter 1 Near 1");
-  Played.Log.Take();
-  FindZone(Played.GetZones(), "A")->GetBeaconList()->GetItems(0)->SetMinor(7);
-  FindZone(Played.GetZones(), "B")->GetBeaconList()->GetItems(0)->SetMinor(1);
-  Played.Service.Play("report 1 Immediate 0.3");
-  EXPECT_EQ(Played.Log.Take(),
-            "ZoneBeaconProximity B.1 Immediate; ZoneExit A by 1; ZoneEnter B by 1; "
-            "BeaconProximity 1 Immediate");
 }
 
 }  // namespace

@@ -124,19 +124,14 @@ TEST(ZoneLookUp, AnswersAsAWalkOverAllItemsWould) {
   }
 }
 
-TEST(ZoneLookUp, FindsNothingForNoSighting) {
-  TBeaconZones Zones(nullptr);
-  Zones.Add()->GetBeaconList()->Add();
-  EXPECT_EQ(Zones.GetZoneForBeacon(TRef<IBeacon>()), nullptr);
-  EXPECT_EQ(Zones.GetItems(0)->GetBeaconList()->ContainsBeacon(nullptr), nullptr);
-}
-
 TEST(ZoneLookUp, SeesIdentitiesThatChangeWithoutNotification) {
   TBeaconZones Zones(nullptr);
   AddZones(Zones, "A Near 1");
   TBeaconInZoneList& List = *Zones.GetItems(0)->GetBeaconList();
   const TRef<TFakeBeacon> One = NewFakeBeacon(1);
   EXPECT_TRUE(Zones.GetZoneForBeacon(One));
+  EXPECT_FALSE(Zones.GetZoneForBeacon(TRef<IBeacon>()));
+  EXPECT_FALSE(List.ContainsBeacon(nullptr));
   Zones.BeginUpdate();
   List.BeginUpdate();
   List.GetItems(0)->SetGUID({});

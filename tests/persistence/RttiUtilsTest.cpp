@@ -43,10 +43,7 @@ class TShape : public TInterfacedObject, public virtual INamed {
   void SetFillColor(TAlphaColor AValue) { FFillColor = AValue; }
   TAlphaColor GetStrokeColor() const { return {}; }
   TTestMood GetMood() const { return FMood; }
-  void SetMood(TTestMood AValue) {
-    if (AValue == TTestMood::Wild && FName == "tame") throw EGeneralError("too wild");
-    FMood = AValue;
-  }
+  void SetMood(TTestMood AValue) { FMood = AValue; }
   std::vector<TPointF> GetPoints() const { return FPoints; }
   void SetPoints(const std::vector<TPointF>& AValue) { FPoints = AValue; }
 
@@ -118,21 +115,14 @@ TEST(RttiUtils, PropertiesAreListedOwnClassFirst) {
   EXPECT_TRUE(GetProperties(nullptr).empty());
 }
 
-TEST(RttiUtils, NamesAreFoundInEitherCaseTheDerivedClassFirst) {
+TEST(RttiUtils, ValuesAreReadAndWrittenByNameInEitherCaseTheDerivedClassFirst) {
   const TRef<TCircle> Circle = New<TCircle>();
   TObject* const Object = Circle.Get();
-  EXPECT_TRUE(HasProperty(Object, "name"));
-  EXPECT_TRUE(DoesObjectContainProperty(Object, "RADIUS"));
-  EXPECT_FALSE(HasProperty(Object, "Nam"));
-  EXPECT_FALSE(HasProperty(Object, ""));
+  for (const char* Name : {"name", "RADIUS", "Mood"}) EXPECT_TRUE(HasProperty(Object, Name));
+  for (const char* Name : {"Nam", ""}) EXPECT_FALSE(HasProperty(Object, Name));
   EXPECT_FALSE(HasProperty(nullptr, "Name"));
   EXPECT_EQ(GetObjectPropertyValue(Object, "mood"), TValue::From(std::int32_t{7}));
-  EXPECT_TRUE(HasProperty(New<TShape>().Get(), "Mood"));
-}
 
-TEST(RttiUtils, ValuesAreReadAndWrittenByName) {
-  const TRef<TCircle> Circle = New<TCircle>();
-  TObject* const Object = Circle.Get();
   const std::vector<TPointF> Points{{1, 2}, {3, 4}};
   SetObjectPropertyValue(Object, "RADIUS", TValue::From(2.5F));
   SetObjectPropertyValue(Object, "points", TValue::From(Points));
@@ -144,34 +134,15 @@ TEST(RttiUtils, ValuesAreReadAndWrittenByName) {
   // What is not there, is of another type, or cannot be written or read, is left alone.
   SetObjectPropertyValue(Object, "Diameter", TValue::From(2.5F));
   SetObjectPropertyValue(Object, "Radius", TValue::From(2.5));
-  SetObjectPropertyValue(Object, "Radius", TValue());
   SetObjectPropertyValue(Object, "Id", TValue::From(std::int32_t{8}));
-  SetObjectPropertyValue(Object, "OnMove", TValue());
   SetObjectPropertyValue(nullptr, "Radius", TValue::From(1.0F));
+  for (const char* Name : {"Radius", "OnMove"}) SetObjectPropertyValue(Object, Name, TValue());
   EXPECT_EQ(Circle->GetRadius(), 2.5F);
-  EXPECT_TRUE(GetObjectPropertyValue(Object, "Diameter").IsEmpty());
-  EXPECT_TRUE(GetObjectPropertyValue(Object, "OnMove").IsEmpty());
+  for (const char* Name : {"Diameter", "OnMove"})
+    EXPECT_TRUE(GetObjectPropertyValue(Object, Name).IsEmpty());
   EXPECT_TRUE(GetObjectPropertyValue(nullptr, "Radius").IsEmpty());
-}
-
-TEST(RttiUtils, WhatASetterRaisesPassesThrough) {
-  const TRef<TShape> Shape = New<TShape>();
-  Shape->SetName("tame");
-  EXPECT_EQ(Raised<EGeneralError>([&] {
-              SetObjectPropertyValue(Shape.Get(), "Mood", TValue::From(TTestMood::Wild));
-            }),
-            "too wild");
-}
-
-TEST(TProperty, WithoutAnEntryItHasNoNameAndNoValue) {
-  const TRef<TShape> Shape = New<TShape>();
-  const TRef<IProperty> Property = New<TProperty>(Shape.Get(), nullptr);
-  Property->SetValue(TValue::From(std::string("x")));
-  EXPECT_EQ(Property->GetName(), "");
-  EXPECT_TRUE(Property->GetValue().IsEmpty());
-  EXPECT_EQ(Property->GetType(), nullptr);
-  EXPECT_FALSE(Property->IsString());
-  EXPECT_FALSE(Property->IsPublished());
+  EXPECT_EQ(New<TProperty>(Object, nullptr)->GetName(), "");
+  EXPECT_TRUE(New<TProperty>(Object, nullptr)->GetValue().IsEmpty());
 }
 
 // ---------------------------------------------------------------- enumerations and classes
@@ -202,11 +173,11 @@ TEST(RttiUtils, ObjectsAreMadeByTheQualifiedNameOfTheirClass) {
 
 TEST(RttiUtils, TransparentSupportsAsksTheObjectItself) {
   const TRef<TCircle> Circle = New<TCircle>();
+  TObject* const Object = Circle.Get();
   INamed* Named = nullptr;
-  ASSERT_TRUE(TransparentSupports(static_cast<TObject*>(Circle.Get()), Named));
-  EXPECT_EQ(Named->GetLabel(), "shape");
   IProperty* Property = nullptr;
-  EXPECT_FALSE(TransparentSupports(static_cast<TObject*>(Circle.Get()), Property));
+  EXPECT_TRUE(TransparentSupports(Object, Named) && Named->GetLabel() == "shape");
+  EXPECT_FALSE(TransparentSupports(Object, Property));
   EXPECT_FALSE(TransparentSupports(static_cast<TObject*>(nullptr), Named));
   EXPECT_EQ(Named, nullptr);
 }
@@ -219,28 +190,18 @@ TEST(TRttiUtils, FiltersAndSorts) {
   EXPECT_EQ(NamesOf(TRttiUtils::Filter(All, "color")), "FillColor StrokeColor ");
   EXPECT_EQ(NamesOf(TRttiUtils::Filter(All, "none of them")), "");
   EXPECT_EQ(TRttiUtils::Filter(All, "").size(), All.size());
-  struct TCase {
-    std::vector<std::string> Names;
-    const char* Sorted;
-  };
-  for (const TCase& C :
-       {TCase{{}, "FillColor Id Name OnMove Points Radius StrokeColor "},
-        TCase{{"name", "ID"}, "Name Id FillColor OnMove Points Radius StrokeColor "},
-        TCase{{"Radius", "missing", "Radius", "FillColor"},
-              "Radius FillColor Id Name OnMove Points StrokeColor "}}) {
+  using TNames = std::vector<std::string>;
+  for (const auto& [Names, Expected] :
+       {std::pair<TNames, const char*>{{}, "FillColor Id Name OnMove Points Radius StrokeColor "},
+        {{"name", "ID"}, "Name Id FillColor OnMove Points Radius StrokeColor "},
+        {{"Radius", "missing", "Radius", "FillColor"},
+         "Radius FillColor Id Name OnMove Points StrokeColor "}}) {
     TProperties Sorted;
     for (const TRef<IProperty>& Property : All)
       if (!SameName(Property->GetName(), "Mood")) Sorted.push_back(Property);
-    TRttiUtils::Sort(C.Names, Sorted);
-    EXPECT_EQ(NamesOf(Sorted), C.Sorted);
+    TRttiUtils::Sort(Names, Sorted);
+    EXPECT_EQ(NamesOf(Sorted), Expected);
   }
-}
-
-TEST(RttiUtils, SwapArraysExchangesTwoArrays) {
-  std::vector<int> A{1, 2}, B{3};
-  SwapArrays(A, B);
-  EXPECT_EQ(A, (std::vector<int>{3}));
-  EXPECT_EQ(B, (std::vector<int>{1, 2}));
 }
 
 // ---------------------------------------------------------------- change tracking
@@ -281,6 +242,8 @@ TEST(TObjectInterceptor, HearsOfTheSettersOfZones) {
   TBeaconZoneItem* const Zone = Component.GetZones()->Add();
   TWatcher Watcher(Zone, true);
   Zone->SetDisplayName("Lobby");
+  const TValue Refused = TValue::From(std::string("0"));
+  EXPECT_THROW(SetObjectPropertyValue(&Component, "BaseEddyNamespace", Refused), EComponentError);
   EXPECT_EQ(Watcher.Log, "DisplayName: TBeaconZoneItem -> Lobby; ");
 }
 

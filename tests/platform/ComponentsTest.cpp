@@ -68,9 +68,11 @@ TEST(TComponent, BothSidesOfAFreeNotificationHearOfTheOther) {
   EXPECT_EQ(Log, "~watched watcher-watched ");
 }
 
-TEST(TComponent, NamesAreUniqueAmongTheComponentsOfOneOwner) {
+TEST(TComponent, ComponentsOfOneOwnerShareItsDesignStateAndNoName) {
   TComponent Owner(nullptr);
+  Owner.SetDesigning(true);
   auto* const First = new TComponent(&Owner);
+  EXPECT_TRUE(First->GetComponentState().Contains(TComponentStateFlag::Designing));
   auto* const Second = new TComponent(&Owner);
   First->SetName("Fence");
   EXPECT_EQ(Raised<EComponentError>([&] { Second->SetName("fENCE"); }),
@@ -85,26 +87,17 @@ TEST(TComponent, NamesAreUniqueAmongTheComponentsOfOneOwner) {
 TEST(TComponent, LoadedFollowsLoadingOnceAndNotAFailedOne) {
   std::string Log;
   TTeller Component(nullptr, "it", Log);
-  const auto IsLoading = [&] {
-    return Component.GetComponentState().Contains(TComponentStateFlag::Loading);
-  };
   Component.BeginLoading();
-  EXPECT_TRUE(IsLoading());
-  Component.EndLoading();
-  EXPECT_FALSE(IsLoading());
-  Component.EndLoading();
-  EXPECT_EQ(Log, "it loaded ");
+  EXPECT_TRUE(Component.GetComponentState().Contains(TComponentStateFlag::Loading));
+  for (int I = 0; I < 2; ++I) {
+    Component.EndLoading();
+    EXPECT_FALSE(Component.GetComponentState().Contains(TComponentStateFlag::Loading));
+    EXPECT_EQ(Log, "it loaded ");
+  }
   Component.BeginLoading();
   Component.CancelLoading();
   Component.EndLoading();
   EXPECT_EQ(Log, "it loaded ");
-}
-
-TEST(TComponent, TheDesignStateGoesFromOwnersToNewComponents) {
-  TComponent Owner(nullptr);
-  Owner.SetDesigning(true);
-  const auto* const Owned = new TComponent(&Owner);
-  EXPECT_TRUE(Owned->GetComponentState().Contains(TComponentStateFlag::Designing));
 }
 
 // ---------------------------------------------------------------- collections
@@ -155,9 +148,8 @@ class TNumbers final : public TOwnedCollection {
 TEST(TCollection, ItemsAreAddedMovedAndDeletedWithOneUpdateEach) {
   struct TCase {
     const char* Name;
-    std::function<void(TNumbers&)> Change;
-    const char* Values;
-    const char* Updates;
+    void (*Change)(TNumbers&);
+    const char *Values, *Updates;
   };
   const std::vector<TCase> Cases{
       {"add", [](TNumbers& A) { A.Add(); }, "1 2 3 0 ", "all "},
@@ -195,14 +187,13 @@ TEST(TCollection, RefusalsLeaveItAsItWas) {
   TNumbers Numbers;
   Numbers.Fill({1, 2});
   const auto Refusal = [&](auto ACall) { return Raised<EComponentError>(ACall); };
-  EXPECT_EQ(Refusal([&] { Numbers.GetItem(2); }),
-            "List index out of bounds (2) in TOwnedCollection");
-  EXPECT_EQ(Refusal([&] { Numbers.Delete(-1); }),
-            "List index out of bounds (-1) in TOwnedCollection");
-  EXPECT_EQ(Refusal([&] { Numbers.Insert(3); }),
-            "List index out of bounds (3) in TOwnedCollection");
-  EXPECT_EQ(Refusal([&] { Numbers.GetItem(0)->SetIndex(2); }),
-            "List index out of bounds (2) in TOwnedCollection");
+  const auto OutOfBounds = [](int AIndex) {
+    return fmt::format("List index out of bounds ({}) in TOwnedCollection", AIndex);
+  };
+  EXPECT_EQ(Refusal([&] { Numbers.GetItem(2); }), OutOfBounds(2));
+  EXPECT_EQ(Refusal([&] { Numbers.Delete(-1); }), OutOfBounds(-1));
+  EXPECT_EQ(Refusal([&] { Numbers.Insert(3); }), OutOfBounds(3));
+  EXPECT_EQ(Refusal([&] { Numbers.GetItem(0)->SetIndex(2); }), OutOfBounds(2));
   TNumber::FailsToBeMade = true;
   EXPECT_EQ(Refusal([&] { Numbers.Add(); }), "not made");
   TNumber::FailsToBeMade = false;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <mutex>
+#include <numeric>
 #include <optional>
 #include <stdexcept>
 #include <thread>
@@ -55,10 +55,9 @@ TEST_P(Threads, HandOffsOfOneThreadRunOnTheMainThreadInTheirOrder) {
         TThread::Synchronize([&] { Mine.push_back(IsMainThread() ? I : -1); });
     }));
   WaitForAll(Senders);
-  for (const auto& Mine : Served) {
-    ASSERT_EQ(Mine.size(), HandOffsEach);
-    for (int I = 0; I < HandOffsEach; ++I) EXPECT_EQ(Mine[I], I);
-  }
+  std::vector<int> InOrder(HandOffsEach);
+  std::iota(InOrder.begin(), InOrder.end(), 0);
+  for (const auto& Mine : Served) EXPECT_EQ(Mine, InOrder);
 }
 
 TEST(SimulatedThreads, HandOffsOfAllThreadsRunFirstComeFirstServed) {
@@ -88,20 +87,15 @@ TEST_P(Threads, TheMainThreadRunsItsOwnHandOffsAtOnce) {
 }
 
 TEST_P(Threads, EveryWaitOfTheMainThreadServesHandOffs) {
-  TEvent Event;
+  TEvent Event, IsTaken, IsInside;
   TMonitor Monitor;
-  TEvent IsTaken, IsInside;
-  struct TCase {
-    const char* Name;
-    std::function<void(TThread& AOther)> Wait;
-  };
-  const std::vector<TCase> Cases{
+  const std::pair<const char*, std::function<void(TThread&)>> Waits[] = {
       {"event", [&](TThread&) { EXPECT_TRUE(Event.WaitFor(60'000)); }},
       {"monitor", [&](TThread&) { const TMonitorLock Lock(Monitor); }},
       {"thread", [](TThread& AOther) { AOther.WaitFor(); }},
       {"serving", [](TThread&) { EXPECT_TRUE(ServeHandOffs(60'000)); }},
   };
-  for (const TCase& C : Cases) {
+  for (const auto& [Name, Wait] : Waits) {
     Event.ResetEvent();
     IsTaken.ResetEvent();
     IsInside.ResetEvent();
@@ -114,15 +108,15 @@ TEST_P(Threads, EveryWaitOfTheMainThreadServesHandOffs) {
       Event.SetEvent();
     });
     // The wait is itself inside a handler: serving nests.
-    const auto Outer = StartThread([&] {
+    const auto Outer = StartThread([&, &Wait = Wait] {
       IsTaken.WaitUntil(NoDeadline);
       TThread::Synchronize([&] {
         IsInside.SetEvent();
-        C.Wait(*Other);
+        Wait(*Other);
       });
     });
     Outer->WaitFor();
-    EXPECT_EQ(Ran, 1) << C.Name;
+    EXPECT_EQ(Ran, 1) << Name;
     Other->WaitFor();
   }
 }
@@ -144,12 +138,11 @@ TEST_P(Threads, OneThreadMayBeWaitedForInsideTheWaitForIt) {
 
 TEST_P(Threads, WhatHandlersRaiseIsRaisedByTheNextServeHandOffs) {
   bool WentOn = false;
-  const auto Sender = StartThread([&] {
+  StartThread([&] {
     TThread::Synchronize([] { throw std::runtime_error("the first"); });
     TThread::Synchronize([] { throw std::runtime_error("the second"); });
     WentOn = true;
-  });
-  Sender->WaitFor();
+  })->WaitFor();
   EXPECT_TRUE(WentOn);
   EXPECT_EQ(Raised<std::runtime_error>([] { ServeHandOffs(); }), "the first");
   EXPECT_FALSE(ServeHandOffs());
@@ -162,10 +155,9 @@ TEST_P(Threads, TheHookHearsOfEveryHandOffOnTheThreadThatReports) {
     throw std::runtime_error("hook");
   });
   int Ran = 0;
-  const auto Sender = StartThread([&] {
+  StartThread([&] {
     for (int I = 0; I < 3; ++I) TThread::Synchronize([&] { ++Ran; });
-  });
-  Sender->WaitFor();
+  })->WaitFor();
   EXPECT_EQ(Heard, 3);
   EXPECT_EQ(Ran, 3);
   EXPECT_EQ(Raised<std::runtime_error>([] { ServeHandOffs(); }), "hook");
@@ -216,13 +208,12 @@ TEST_P(Threads, AGateTellsWhenItsOutermostHandlerHasReturned) {
   THandOffGate Gate;
   std::string Log;
   Gate.SetAfterHandler([&] { Log += Gate.IsInHandler() ? "inside " : "after "; });
-  const auto Sender = StartThread([&] {
+  StartThread([&] {
     TThread::Synchronize(Gate, [&] {
       TThread::Synchronize(Gate, [&] { Log += "inner "; });
       Log += "outer ";
     });
-  });
-  Sender->WaitFor();
+  })->WaitFor();
   EXPECT_EQ(Log, "inner outer after ");
 }
 
@@ -296,17 +287,9 @@ TEST_P(Threads, TheLongestWaitsDoNotOverflow) {
 
 // ---------------------------------------------------------------- misuse
 
-class ThreadsDeathTest : public testing::Test {
- protected:
-  void SetUp() override { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
-};
-
-TEST_F(ThreadsDeathTest, MisuseEndsTheProcessWithALineThatSaysWhatWasWrong) {
-  struct TCase {
-    const char* Message;
-    void (*Misuse)();
-  };
-  const std::vector<TCase> Cases{
+TEST(ThreadsDeathTest, MisuseEndsTheProcessWithALineThatSaysWhatWasWrong) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const std::pair<const char*, void (*)()> Cases[] = {
       {"was made to wait for itself",
        [] {
          std::unique_ptr<TThread> Self;
@@ -335,7 +318,7 @@ TEST_F(ThreadsDeathTest, MisuseEndsTheProcessWithALineThatSaysWhatWasWrong) {
          TThread::Synchronize(*Gate, [&] { Gate.reset(); });
        }},
   };
-  for (const TCase& C : Cases) EXPECT_DEATH(C.Misuse(), C.Message) << C.Message;
+  for (const auto& [Message, Misuse] : Cases) EXPECT_DEATH(Misuse(), Message) << Message;
 }
 
 }  // namespace

@@ -252,24 +252,12 @@ TEST(TBeaconManager, ReportsOnlyWhileItScans) {
     Manager.SetSource(Source);
     Manager.SetKindofBeacons({TKindofBeacon::iBeacon});
     for (int I = 0; I < 50; ++I) {
-      switch (Random.NextBelow(5)) {
-        case 0:
-          MayReport = true;
-          Manager.StartScan();
-          break;
-        case 1:
-          Manager.StopScan();
-          MayReport = false;
-          break;
-        case 2:
-          Manager.RegisterBeacons(RegionOfTests());
-          break;
-        case 3:
-          Manager.UnRegisterBeacons(RegionOfTests());
-          break;
-        default:
-          Sleep(Random.NextBelow(2'000));
-      }
+      const std::uint32_t What = Random.NextBelow(5);
+      if (What == 0) MayReport = true, Manager.StartScan();
+      if (What == 1) Manager.StopScan(), MayReport = false;
+      if (What == 2) Manager.RegisterBeacons(RegionOfTests());
+      if (What == 3) Manager.UnRegisterBeacons(RegionOfTests());
+      if (What == 4) Sleep(Random.NextBelow(2'000));
     }
     Manager.StopScan();
     AllReports += Reports;

@@ -44,14 +44,10 @@ class TDraw {
     return Result;
   }
   TPayload Payload() {
-    switch (Below(3)) {
-      case 0:
-        return iBeaconPayload(GUID(), Below(3), Below(3));
-      case 1:
-        return AltBeaconPayload(Below(2) == 0 ? 0x0118 : 0x0059, GUID(), Below(3), Below(3));
-      default:
-        return EddystoneUIDPayload(UID());
-    }
+    const int What = Below(3);
+    if (What == 0) return iBeaconPayload(GUID(), Below(3), Below(3));
+    if (What == 1) return EddystoneUIDPayload(UID());
+    return AltBeaconPayload(Below(2) == 0 ? 0x0118 : 0x0059, GUID(), Below(3), Below(3));
   }
 
  private:

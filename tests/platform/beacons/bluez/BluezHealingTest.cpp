@@ -79,15 +79,10 @@ TEST_F(TBluezHealing, ScansAllTheSameWhenSomethingIsRefused) {
   }
 }
 
-TEST_F(TBluezHealing, SaysThatTheDaemonGaveUpTheMonitor) {
+TEST_F(TBluezHealing, LivesWithoutItsMonitorAndWaitsForItsAdapter) {
   Start();
   Daemon->ReleaseMonitor();
   ExpectTold("dropped the advertisement monitor");
-  ExpectScanning();
-}
-
-TEST_F(TBluezHealing, WaitsForAnAdapterThatIsSwitchedOffOrUnplugged) {
-  Start();
   ExpectScanning();
   Daemon->SetPowered(false);
   ExpectTold("hci0 is off");

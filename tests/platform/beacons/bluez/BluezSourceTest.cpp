@@ -33,6 +33,12 @@ TEST_F(TBluezTest, RebuildsTheFramesOfWhatTheDaemonTells) {
         TCase{{},
               {Manufacturer(-60, 0x004C, IBeacon), Eddystone({}, Url)},
               {"-60 1AFF4C00" + IBeacon, "-60 0E16AAFE" + Url}},
+        // An unbelievable strength is unknown.
+        TCase{{},
+              {Manufacturer(-128, 0x004C, IBeacon),
+               Manufacturer(21, 0x004C, IBeacon),
+               Manufacturer(32767, 0x004C, IBeacon)},
+              std::vector(3, "127 1AFF4C00" + IBeacon)},
         // What was known before it opened is not reported.
         TCase{{.Known = {Manufacturer(-40, 0x004C, IBeacon)}},
               {RssiAlone(-70)},
@@ -101,14 +107,6 @@ TEST_F(TBluezTest, PassesOverWhatHasTheWrongTypeOrSize) {
   EXPECT_EQ(Next(), "C0:00:00:00:00:01 -61 04FF010007");
   EXPECT_EQ(Next(), "C0:00:00:00:00:01 -62 04FF010007") << "the same frame was told twice";
   EXPECT_TRUE(Told.empty()) << Told.front();
-}
-
-TEST_F(TBluezTest, ReportsAnUnbelievableStrengthAsUnknown) {
-  Start();
-  for (const int Rssi : {-128, 21, 32767}) {
-    Daemon->Receive(Manufacturer(Rssi, 0x004C, IBeacon));
-    EXPECT_EQ(Next(), "C0:00:00:00:00:01 127 1AFF4C00" + IBeacon) << Rssi;
-  }
 }
 
 TEST_F(TBluezTest, LeavesTheSessionsOfOtherClientsAlone) {
