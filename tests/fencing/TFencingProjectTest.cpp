@@ -223,20 +223,12 @@ TEST(TFencingProject, HandsOutTheLinksWithinAMap) {
   ASSERT_EQ(Segments.GetLength(), 2U);
   EXPECT_EQ(Segments[1].P1, (TPointF{10, 0}));
   EXPECT_EQ(Segments[1].P2, (TPointF{10, 20}));
-  EXPECT_TRUE(P.Project.GetPathSegmentsForMap(1).IsEmpty());
-  EXPECT_TRUE(P.Project.GetPathSegmentsForMap(-1).IsEmpty());
+  for (const int Map : {1, -1}) EXPECT_TRUE(P.Project.GetPathSegmentsForMap(Map).IsEmpty());
 }
 
 // ---------------------------------------------------------------- threads
 
 constexpr std::uint32_t Beacons = 16;  // on each map
-
-TRef<TSighting> NewSightingOf(std::uint32_t AMinor) {
-  TBeaconFrame Frame;
-  Frame.Id = TestGUID.Bytes.data();
-  Frame.Minor = static_cast<std::uint16_t>(AMinor);
-  return NewSighting(Frame);
-}
 
 bool IsWhole(const TFencingBeacon& AEntry) {
   return AEntry.DesignBeacon &&
@@ -247,7 +239,10 @@ void BindAtRandom(TFencingProject AProject, std::uint64_t ASeed) {
   TRandomStream Random(ASeed);
   for (int Round = 0; Round < 2000; ++Round) {
     const std::uint32_t Minor = Random.NextBelow(3 * Beacons);
-    const TRef<TSighting> Sighting = NewSightingOf(Minor);
+    TBeaconFrame Frame;
+    Frame.Id = TestGUID.Bytes.data();
+    Frame.Minor = static_cast<std::uint16_t>(Minor);
+    const TRef<TSighting> Sighting = NewSighting(Frame);
     TFencingBeacon Found;
     std::int32_t MapIndex = -1;
     EXPECT_TRUE(AProject.BeaconBelognsToProject(Sighting, MapIndex, Found, Round % 2 == 0));

@@ -89,15 +89,12 @@ class TStress : public TObject {
       CheckList(B, L, 0);
     });
     FComponent.SetOnBeaconProximity([this](TObject*, TBeaconRef, TBeaconProximity) { Heard(); });
-    FComponent.SetOnZoneBeaconEnter(
-        [this](TObject*, TBeaconRef, TZone Z, TItem I) { Heard(Z, I); });
-    FComponent.SetOnZoneBeaconExit([this](TObject*, TBeaconRef, TZone Z, TItem I) { Heard(Z, I); });
-    FComponent.SetOnZoneBeaconProximity(
-        [this](TObject*, TBeaconRef, TZone Z, TItem I, TBeaconProximity) { Heard(Z, I); });
-    FComponent.SetOnBeaconEddyURL(
-        [this](TObject*, TBeaconRef, TZone Z, TItem I, TEddystoneURL&) { Heard(Z, I); });
-    FComponent.SetOnBeaconEddyTLM(
-        [this](TObject*, TBeaconRef, TZone Z, TItem I, TEddystoneTLM&) { Heard(Z, I); });
+    const auto Told = [this](TObject*, TBeaconRef, TZone Z, TItem I, auto&&...) { Heard(Z, I); };
+    FComponent.SetOnZoneBeaconEnter(Told);
+    FComponent.SetOnZoneBeaconExit(Told);
+    FComponent.SetOnZoneBeaconProximity(Told);
+    FComponent.SetOnBeaconEddyURL(Told);
+    FComponent.SetOnBeaconEddyTLM(Told);
     FComponent.SetOnZoneEnter([this](TObject*, TBeaconRef, TZone Z) {
       EXPECT_EQ(FIn, nullptr) << "entered a zone without having left the other";
       EXPECT_EQ(FComponent.GetCurrentZone(), Z);

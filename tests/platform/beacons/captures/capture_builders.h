@@ -91,17 +91,13 @@ inline TBytes Join(std::initializer_list<TBytes> AParts) {
   return Result;
 }
 
-inline TBytes Event(std::uint8_t ASubevent, int ACount, const TBytes& AReports) {
+inline TBytes ReportEvent(int ACount, const TBytes& AReports, std::uint8_t ASubevent = 0x02) {
   const auto Size = static_cast<std::uint8_t>(2 + AReports.size());
   return Join({{0x3E, Size, ASubevent, static_cast<std::uint8_t>(ACount)}, AReports});
 }
 
-inline TBytes ReportEvent(int ACount, const TBytes& AReports) {
-  return Event(0x02, ACount, AReports);
-}
-
 inline TBytes ExtendedReportEvent(int ACount, const TBytes& AReports) {
-  return Event(0x0D, ACount, AReports);
+  return ReportEvent(ACount, AReports, 0x0D);
 }
 
 /// One legacy report from C0:00:00:00:00:`AAddress`.

@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 
@@ -14,22 +13,6 @@ namespace System::Beacon::CaptureTests {
 namespace {
 
 constexpr TTicks Start = 1'700'000'000'000'001;
-
-/// What a command prints, line by line.
-std::vector<std::string> LinesOf(const std::string& ACommand) {
-  std::string Text;
-  std::FILE* Pipe = ::popen((ACommand + " 2>/dev/null").c_str(), "r");
-  if (!Pipe) return {};
-  char Buffer[4096];
-  while (const std::size_t Count = std::fread(Buffer, 1, sizeof Buffer, Pipe)) {
-    Text.append(Buffer, Count);
-  }
-  ::pclose(Pipe);
-  std::vector<std::string> Lines;
-  std::istringstream Stream(Text);
-  for (std::string Line; std::getline(Stream, Line);) Lines.push_back(Line);
-  return Lines;
-}
 
 bool HasTshark() {
   return std::system("command -v tshark >/dev/null 2>&1") == 0;
@@ -50,7 +33,13 @@ std::vector<std::string> TsharkLines(const std::string& APath, const std::string
                             "btcommon.eir_ad.entry.service_data"}) {
     Command.append(" -e ").append(Field);
   }
-  return LinesOf(Command);
+  const TTemporaryFile Output;
+  EXPECT_EQ(std::system((Command + " 2>/dev/null >" + Output.GetPath()).c_str()), 0);
+  const TBytes Text = Output.Read();
+  std::istringstream Stream(std::string(Text.begin(), Text.end()));
+  std::vector<std::string> Lines;
+  for (std::string Line; std::getline(Stream, Line);) Lines.push_back(Line);
+  return Lines;
 }
 
 void AppendTo(std::string& AList, const std::string& AValue) {
