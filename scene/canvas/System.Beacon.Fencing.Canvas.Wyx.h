@@ -6,7 +6,7 @@
 #include "platform/controls/control.h"
 #include "platform/drawing.h"
 #include "scene/canvas/System.Beacon.Fencing.Canvas.h"
-#include "scene/canvas/polygon.h"
+#include "scene/canvas/path_canvas.h"
 
 namespace System::Beacon::Fencing::Canvas {
 
@@ -56,9 +56,7 @@ class TWyxLayer final : public TInterfacedObject, public virtual ILayer {
 /// Paints into a `TWyxLayer`. The transform, fill and pen that the drawing has when a scene begins
 /// are put back when it ends; the transform stays in force meanwhile, after the current matrix, so
 /// that a host can scale for a dense screen. Pixels of stroke widths are scaled with it.
-class TWyxCanvas final : public TInterfacedObject,
-                         public virtual ICanvas,
-                         public virtual IPaintArea {
+class TWyxCanvas final : public TPathCanvas {
  public:
   TWyxCanvas();
   ~TWyxCanvas() override;
@@ -68,10 +66,6 @@ class TWyxCanvas final : public TInterfacedObject,
   void EndScene() override;
 
   TRef<IPolygon> CreatePolygon() override { return New<TWyxPolygon>(); }
-  TRef<IBitmap> CreateBitmap(const std::string& AFileName, const std::string& AName) override;
-
-  void SetMatrix(const TMatrix& AMatrix) override { FMatrix = AMatrix; }
-  TMatrix GetMatrix() const override { return FMatrix; }
 
   void SetFillColor(TAlphaColor AColor, float AnOpacity) override;
   void SetFillBitmap(const TRef<IBitmap>& ABitmap, float AnOpacity) override;
@@ -80,55 +74,28 @@ class TWyxCanvas final : public TInterfacedObject,
   void SetStrokeWidth(float AWidth, bool AnInScreenUnits) override;
   void SetStrokePattern(TStrokePattern APattern) override;
 
-  void BeginPath(bool AStroke, bool AFill) override;
-  void MoveTo(TPointF APoint) override { FPath.MoveTo(APoint); }
-  void LineTo(TPointF APoint) override { FPath.LineTo(APoint); }
-  void CubicBezierTo(TPointF AControl1, TPointF AControl2, TPointF AnEnd) override;
-  void CloseContour() override { FPath.Close(); }
-  void EndPath() override;
-
   void Clear(TAlphaColor AColor) override;
   void DrawText(const std::string& AText, TPointF AnAt) override;
   TPointF MeasureString(const std::string& AText) override;
-
-  void DrawLine(TPointF AFrom, TPointF ATo) override;
-  void DrawRectangle(const TRectF& ARect) override;
-  void DrawEllipse(const TRectF& ARect) override;
-  void DrawPolygon(const IPolygon* APolygon) override;
-  void StrokeRectangle(const TRectF& ARect) override;
-  void StrokePolygon(const IPolygon* APolygon) override;
-  void StrokeEllipse(const TRectF& ARect) override;
-  void FillEllipse(const TRectF& ARect) override;
-  void FillRect(const TRectF& ARect) override;
-
-  TRef<IPolygon> GetRectPolygon() override { return FRectPolygon.Get(*this); }
   TRectF GetPaintArea() const override;
 
+ protected:
+  void Paint(const TPath& APath, TParts AParts) override;
+  TRef<IBitmap> NewBitmap() override { return New<TWyxBitmap>(); }
+
  private:
-  struct TParts {
-    bool Stroke = false;
-    bool Fill = false;
-  };
   TDrawing& GetDrawing() const;
+  TPaint PaintOf(const TRef<IBitmap>& ABitmap, float AnOpacity) const;
   void SetFill(const TPaint& APaint);
   void SetStroke(const TPaint& APaint);
   void ApplyPen();
-  void Paint(const TPath& APath, TParts AParts);
-  void PaintRect(const TRectF& ARect, TParts AParts);
-  void PaintEllipse(const TRectF& ARect, TParts AParts);
-  void PaintPolygon(const IPolygon* APolygon, TParts AParts);
 
   TRef<ILayer> FLayer;           // the one that is painted into
   TDrawing* FDrawing = nullptr;  // its drawing; nothing between scenes
   TMatrix FBaseMatrix;           // what the drawing had when the scene began
   TPaint FFillToRestore;
   TPen FPenToRestore;
-  TMatrix FMatrix = TMatrix::Identity();
-  TPen FPen;      // its width not yet scaled to the drawing's pixels
-  TPath FPath;    // being built
-  TParts FParts;  // what is done with it
-  TPath FShape;   // the memory is used again
-  TRectPolygonUser FRectPolygon;
+  TPen FPen;  // its width not yet scaled to the drawing's pixels
 };
 
 /// Asks a control to repaint what becomes invalid; does nothing once the control is gone.

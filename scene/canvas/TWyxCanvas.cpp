@@ -1,6 +1,3 @@
-#include <fmt/format.h>
-
-#include <array>
 #include <cmath>
 
 #include "scene/canvas/System.Beacon.Fencing.Canvas.Wyx.h"
@@ -11,52 +8,16 @@ namespace {
 
 constinit TRectPolygonPool RectPolygons;
 
-// The adapter's own object behind an element.
-template <class TElement>
-TElement& OwnElement(const ICanvasElement* AnElement) {
-  auto* const Result = Supports<TElement>(const_cast<ICanvasElement*>(AnElement));
-  if (!Result)
-    throw EGeneralError(
-        fmt::format(Messages::SWrongElement, WyxCanvasType, AnElement->GetCanvasType()));
-  return *Result;
-}
-
-// A bitmap that is none, or is not loaded, paints nothing.
-TPaint PaintOf(const TRef<IBitmap>& ABitmap, float AnOpacity) {
-  TPaint Result;
-  Result.Picture = ABitmap ? OwnElement<TWyxBitmap>(ABitmap.Get()).GetPicture() : nullptr;
-  Result.Opacity = Result.Picture ? AnOpacity : 0.0F;
-  return Result;
-}
-
-TPaint PaintOf(TAlphaColor AColor, float AnOpacity) {
+TPaint ColorPaint(TAlphaColor AColor, float AnOpacity) {
   TPaint Result;
   Result.Color = AColor;
   Result.Opacity = AnOpacity;
   return Result;
 }
 
-void AddEllipse(TPath& APath, const TRectF& ARect) {
-  std::array<TPointF, 13> Points;
-  GenerateCircleWithBeziers(ARect, TMatrix::Identity(), Points);
-  APath.MoveTo(Points[0]);
-  for (std::size_t I = 1; I < Points.size(); I += 3)
-    APath.CubicTo(Points[I], Points[I + 1], Points[I + 2]);
-  APath.Close();
-}
-
-void AddPoints(TPath& APath, std::span<const TPointF> APoints) {
-  if (APoints.empty()) return;
-  const bool IsClosed = APoints.size() > 2 && APoints.front() == APoints.back();
-  APath.MoveTo(APoints.front());
-  for (const TPointF& Point : APoints.subspan(1, APoints.size() - (IsClosed ? 2 : 1)))
-    APath.LineTo(Point);
-  if (IsClosed) APath.Close();
-}
-
 }  // namespace
 
-TWyxCanvas::TWyxCanvas() : FRectPolygon(RectPolygons) {}
+TWyxCanvas::TWyxCanvas() : TPathCanvas(RectPolygons) {}
 
 TWyxCanvas::~TWyxCanvas() {
   EndScene();
@@ -64,14 +25,14 @@ TWyxCanvas::~TWyxCanvas() {
 
 void TWyxCanvas::BeginScene(const TRef<ILayer>& ALayer) {
   if (FDrawing) throw EGeneralError(std::string(Messages::SAlreadyPainting));
-  TDrawing* const Drawing = ALayer ? OwnElement<TWyxLayer>(ALayer.Get()).GetDrawing() : nullptr;
+  TDrawing* const Drawing = ALayer ? Own<TWyxLayer>(*ALayer).GetDrawing() : nullptr;
   if (!Drawing) throw EGeneralError(std::string(Messages::SNoSurface));
   FLayer = ALayer;
   FDrawing = Drawing;
   FBaseMatrix = Drawing->GetMatrix();
   FFillToRestore = Drawing->GetFill();
   FPenToRestore = Drawing->GetPen();
-  FMatrix = TMatrix::Identity();
+  SetMatrix(TMatrix::Identity());
   FPen = {};
   ApplyPen();
   SetFillColor({0xFFFFFFFF}, 1.0F);
@@ -87,12 +48,6 @@ void TWyxCanvas::EndScene() {
   FPen = {};
   FDrawing = nullptr;
   FLayer = nullptr;
-}
-
-TRef<IBitmap> TWyxCanvas::CreateBitmap(const std::string& AFileName, const std::string& AName) {
-  const TRef<IBitmap> Result = New<TWyxBitmap>();
-  if (!AFileName.empty()) Result->LoadFromFile(AFileName, AName);
-  return Result;
 }
 
 TDrawing& TWyxCanvas::GetDrawing() const {
@@ -114,6 +69,14 @@ TRectF TWyxCanvas::GetPaintArea() const {
 
 // ---------------------------------------------------------------- fill and stroke
 
+// A bitmap that is none, or is not loaded, paints nothing.
+TPaint TWyxCanvas::PaintOf(const TRef<IBitmap>& ABitmap, float AnOpacity) const {
+  TPaint Result;
+  Result.Picture = ABitmap ? Own<TWyxBitmap>(*ABitmap).GetPicture() : nullptr;
+  Result.Opacity = Result.Picture ? AnOpacity : 0.0F;
+  return Result;
+}
+
 void TWyxCanvas::SetFill(const TPaint& APaint) {
   GetDrawing().SetFill(APaint);
 }
@@ -130,7 +93,7 @@ void TWyxCanvas::ApplyPen() {
 }
 
 void TWyxCanvas::SetFillColor(TAlphaColor AColor, float AnOpacity) {
-  SetFill(PaintOf(AColor, AnOpacity));
+  SetFill(ColorPaint(AColor, AnOpacity));
 }
 
 void TWyxCanvas::SetFillBitmap(const TRef<IBitmap>& ABitmap, float AnOpacity) {
@@ -138,7 +101,7 @@ void TWyxCanvas::SetFillBitmap(const TRef<IBitmap>& ABitmap, float AnOpacity) {
 }
 
 void TWyxCanvas::SetStrokeColor(TAlphaColor AColor, float AnOpacity) {
-  SetStroke(PaintOf(AColor, AnOpacity));
+  SetStroke(ColorPaint(AColor, AnOpacity));
 }
 
 void TWyxCanvas::SetStrokeBitmap(const TRef<IBitmap>& ABitmap, float AnOpacity) {
@@ -160,80 +123,9 @@ void TWyxCanvas::SetStrokePattern(TStrokePattern APattern) {
 
 void TWyxCanvas::Paint(const TPath& APath, TParts AParts) {
   TDrawing& Drawing = GetDrawing();
-  Drawing.SetMatrix(FMatrix * FBaseMatrix);
+  Drawing.SetMatrix(GetMatrix() * FBaseMatrix);
   if (AParts.Fill) Drawing.Fill(APath);
   if (AParts.Stroke) Drawing.Stroke(APath);
-}
-
-void TWyxCanvas::BeginPath(bool AStroke, bool AFill) {
-  FPath.Clear();
-  FParts = {.Stroke = AStroke, .Fill = AFill};
-}
-
-void TWyxCanvas::CubicBezierTo(TPointF AControl1, TPointF AControl2, TPointF AnEnd) {
-  FPath.CubicTo(AControl1, AControl2, AnEnd);
-}
-
-void TWyxCanvas::EndPath() {
-  Paint(FPath, FParts);
-  FPath.Clear();
-}
-
-void TWyxCanvas::PaintRect(const TRectF& ARect, TParts AParts) {
-  FShape.Clear();
-  FShape.AddRect(ARect);
-  Paint(FShape, AParts);
-}
-
-void TWyxCanvas::PaintEllipse(const TRectF& ARect, TParts AParts) {
-  FShape.Clear();
-  AddEllipse(FShape, ARect);
-  Paint(FShape, AParts);
-}
-
-void TWyxCanvas::PaintPolygon(const IPolygon* APolygon, TParts AParts) {
-  FShape.Clear();
-  if (APolygon) AddPoints(FShape, OwnElement<TWyxPolygon>(APolygon).GetPoints());
-  Paint(FShape, AParts);
-}
-
-void TWyxCanvas::DrawLine(TPointF AFrom, TPointF ATo) {
-  FShape.Clear();
-  FShape.MoveTo(AFrom);
-  FShape.LineTo(ATo);
-  Paint(FShape, {.Stroke = true});
-}
-
-void TWyxCanvas::DrawRectangle(const TRectF& ARect) {
-  PaintRect(ARect, {.Stroke = true, .Fill = true});
-}
-
-void TWyxCanvas::DrawEllipse(const TRectF& ARect) {
-  PaintEllipse(ARect, {.Stroke = true, .Fill = true});
-}
-
-void TWyxCanvas::DrawPolygon(const IPolygon* APolygon) {
-  PaintPolygon(APolygon, {.Stroke = true, .Fill = true});
-}
-
-void TWyxCanvas::StrokeRectangle(const TRectF& ARect) {
-  PaintRect(ARect, {.Stroke = true});
-}
-
-void TWyxCanvas::StrokePolygon(const IPolygon* APolygon) {
-  PaintPolygon(APolygon, {.Stroke = true});
-}
-
-void TWyxCanvas::StrokeEllipse(const TRectF& ARect) {
-  PaintEllipse(ARect, {.Stroke = true});
-}
-
-void TWyxCanvas::FillEllipse(const TRectF& ARect) {
-  PaintEllipse(ARect, {.Fill = true});
-}
-
-void TWyxCanvas::FillRect(const TRectF& ARect) {
-  PaintRect(ARect, {.Fill = true});
 }
 
 // ---------------------------------------------------------------- the rest
@@ -243,7 +135,7 @@ void TWyxCanvas::Clear(TAlphaColor AColor) {
 }
 
 void TWyxCanvas::DrawText(const std::string& AText, TPointF AnAt) {
-  GetDrawing().SetMatrix(FMatrix * FBaseMatrix);
+  GetDrawing().SetMatrix(GetMatrix() * FBaseMatrix);
   FDrawing->DrawText(AText, AnAt);
 }
 
