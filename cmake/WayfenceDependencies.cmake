@@ -30,7 +30,8 @@ wayfence_optional(BLUEZ libsystemd "no live scanning through the Bluetooth daemo
 function(wayfence_link_dependencies target)
   target_link_libraries(${target} PUBLIC Threads::Threads PRIVATE fmt::fmt pugixml::pugixml)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:nlohmann_json::nlohmann_json>)
-  target_link_libraries(${target} PRIVATE PkgConfig::WAYFENCE_DRAWING PNG::PNG JPEG::JPEG)
+  target_link_libraries(${target} PRIVATE PkgConfig::WAYFENCE_DRAWING PNG::PNG JPEG::JPEG
+    ${CMAKE_DL_LIBS})
   if(WAYFENCE_HAS_PCAP)
     target_link_libraries(${target} PRIVATE PkgConfig::WAYFENCE_PCAP_LIB)
     target_compile_definitions(${target} PRIVATE WAYFENCE_HAS_PCAP)

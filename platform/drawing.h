@@ -63,6 +63,8 @@ TRef<TPicture> DecodePicture(std::string_view ABytes,
 TRef<TPicture> LoadPicture(const std::string& AFileName, const std::string& AName = {});
 /// The size of a picture by its header alone. Raises as `DecodePicture`, whatever the size.
 TPictureSize ReadPictureSize(std::string_view ABytes, const std::string& AName);
+/// A picture of pixels that are given row by row; as many as the size says.
+TRef<TPicture> MakePicture(TPictureSize ASize, std::span<const std::uint32_t> APixels);
 /// The picture as the bytes of a PNG file.
 std::string EncodePng(const TPicture& APicture);
 

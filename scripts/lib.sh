@@ -13,7 +13,7 @@ build_packages=(g++ cmake ninja-build pkg-config ccache libfmt-dev nlohmann-json
   libpugixml-dev libcli11-dev libpcap-dev libsystemd-dev libgtest-dev libcairo2-dev
   libpango1.0-dev libpng-dev libjpeg-dev libwebp-dev)
 # What the tests run.
-test_packages=(dbus gzip python3 fonts-dejavu-core)
+test_packages=(dbus gzip python3 fonts-dejavu-core fonts-liberation2 libgdiplus)
 bench_packages=(libbenchmark-dev libboost-graph-dev)
 clang_packages=(clang libclang-rt-14-dev)
 

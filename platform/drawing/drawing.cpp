@@ -45,11 +45,7 @@ std::span<const std::uint32_t> TDrawing::GetPixels() const {
 }
 
 TRef<TPicture> TDrawing::GetPicture() const {
-  TSurface Copy = MakeSurface(GetSize(), true);
-  const auto Pixels = GetPixels();
-  std::copy(Pixels.begin(), Pixels.end(), Drawing::GetPixels(Copy.get()).begin());
-  cairo_surface_mark_dirty(Copy.get());
-  return New<TPicture>(std::make_unique<TPictureLevels>(std::move(Copy)));
+  return MakePicture(GetSize(), GetPixels());
 }
 
 void TDrawing::SetClip(const TRectF& AClip) {

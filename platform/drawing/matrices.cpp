@@ -18,11 +18,15 @@ TStretch StretchOf(const cairo_matrix_t& AMatrix) {
   return {(Sum + Difference) / 2, std::abs(Sum - Difference) / 2};
 }
 
+TStretch StretchOf(const TMatrix& AMatrix) {
+  return StretchOf(ToCairo(AMatrix));
+}
+
 bool IsUsable(const TMatrix& AMatrix) {
   for (const auto& Row : AMatrix.M)
     if (!std::all_of(Row.begin(), Row.end(), [](float A) { return std::isfinite(A); }))
       return false;
-  const TStretch Stretch = StretchOf(ToCairo(AMatrix));
+  const TStretch Stretch = StretchOf(AMatrix);
   return Stretch.Least > Stretch.Most * 1e-7;
 }
 

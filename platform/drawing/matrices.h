@@ -16,6 +16,7 @@ struct TStretch {
 };
 
 TStretch StretchOf(const cairo_matrix_t& AMatrix);
+TStretch StretchOf(const TMatrix& AMatrix);
 
 /// Whether a matrix can be drawn with: finite, and not singular. One that shrinks everything to a
 /// line, as far as can be seen, counts as singular.

@@ -1,6 +1,8 @@
 #include <cairo.h>
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "platform/drawing/codecs.h"
 #include "platform/drawing/surface.h"
 #include "platform/files.h"
@@ -85,6 +87,13 @@ TRef<TPicture> LoadPicture(const std::string& AFileName, const std::string& ANam
 
 TPictureSize ReadPictureSize(std::string_view ABytes, const std::string& AName) {
   return FindCodec(ABytes, AName).ReadHeader(ABytes, AName).Size;
+}
+
+TRef<TPicture> MakePicture(TPictureSize ASize, std::span<const std::uint32_t> APixels) {
+  TSurface Surface = MakeSurface(ASize, true);
+  std::copy(APixels.begin(), APixels.end(), GetPixels(Surface.get()).begin());
+  cairo_surface_mark_dirty(Surface.get());
+  return New<TPicture>(std::make_unique<TPictureLevels>(std::move(Surface)));
 }
 
 std::string EncodePng(const TPicture& APicture) {

@@ -5,19 +5,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/drawing/matrices.h"
 #include "platform/drawing/surface.h"
 
 namespace System::Drawing {
 namespace {
-
-// The copy of a picture to draw with, given how the whole one would be stretched: the smallest that
-// is not enlarged, but where one direction is shrunk more than 16 times as much as the other, one
-// that is at most 16 times too large in that direction.
-int LevelFor(TStretch AStretch) {
-  const double Level = std::max(-std::log2(AStretch.Most), -std::log2(AStretch.Least) - 4);
-  return Level >= 1 ? static_cast<int>(std::min(Level, 30.0)) : 0;
-}
 
 bool SetPicture(cairo_t* AContext,
                 const TPicture& APicture,
@@ -46,6 +37,11 @@ bool SetPicture(cairo_t* AContext,
 }
 
 }  // namespace
+
+int LevelFor(TStretch AStretch) {
+  const double Level = std::max(-std::log2(AStretch.Most), -std::log2(AStretch.Least) - 4);
+  return Level >= 1 ? static_cast<int>(std::min(Level, 30.0)) : 0;
+}
 
 double OpacityOf(const TPaint& APaint) {
   return APaint.Opacity > 0 ? std::min(static_cast<double>(APaint.Opacity), 1.0) : 0.0;

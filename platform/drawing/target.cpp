@@ -157,7 +157,7 @@ void TTarget::DrawText(std::string_view AText,
   constexpr double MinStretch = 1 / 24.0;
   constexpr double MaxStretch = 1000;
   if (!IsUsable(AMatrix)) return;
-  const TStretch Stretch = StretchOf(ToCairo(AMatrix));
+  const TStretch Stretch = StretchOf(AMatrix);
   if (Stretch.Most < MinStretch || Stretch.Most > MaxStretch) return;
 
   const TTextLayout Layout(AText);

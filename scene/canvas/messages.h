@@ -14,4 +14,10 @@ inline constexpr std::string_view SWrongSurface = "The layer can be bound to a d
 inline constexpr std::string_view SWrongElement =
     "A canvas of the type {} cannot draw with an element of the type {}";
 
+inline constexpr std::string_view SLayerSize =
+    "A layer of {} x {} pixels is not possible; sides are from 1 to {} pixels";
+inline constexpr std::string_view SNoGdip =
+    "GDI+ cannot be used: {} is missing ({}); install the Debian package libgdiplus";
+inline constexpr std::string_view SGdipStatus = "GDI+ failed: {} returned the status {}";
+
 }  // namespace System::Beacon::Fencing::Canvas::Messages

@@ -26,21 +26,21 @@ inline int Difference(std::uint32_t A, std::uint32_t B) {
   return Result;
 }
 
-/// Expects what was drawn to look like tests/pictures/NAME.png. Edges may be smoothed a little
+/// Expects a drawing to look like tests/pictures/NAME.png. Edges may be smoothed a little
 /// differently, and a few pixels may be off. What was drawn is kept when it does not.
-inline void ExpectPicture(const TDrawing& ADrawing, const std::string& AName) {
+inline void ExpectPicture(const TRef<TPicture>& ADrawing, const std::string& AName) {
   constexpr int Allowed = 32;
   constexpr int MaxPixelsOff = 20;
   const std::filesystem::path Drawn =
       std::filesystem::current_path() / "pictures" / (AName + ".png");
   std::filesystem::create_directories(Drawn.parent_path());
-  ReplaceFile(Drawn, EncodePng(*ADrawing.GetPicture()));
+  ReplaceFile(Drawn, EncodePng(*ADrawing));
 
   const TRef<TPicture> Kept = LoadPicture(SourceFile("tests/pictures/" + AName + ".png"));
-  ASSERT_EQ(Kept->GetSize(), ADrawing.GetSize()) << Drawn;
+  ASSERT_EQ(Kept->GetSize(), ADrawing->GetSize()) << Drawn;
   int Off = 0;
   for (std::size_t I = 0; I < Kept->GetPixels().size(); ++I)
-    Off += Difference(Kept->GetPixels()[I], ADrawing.GetPixels()[I]) > Allowed ? 1 : 0;
+    Off += Difference(Kept->GetPixels()[I], ADrawing->GetPixels()[I]) > Allowed ? 1 : 0;
   EXPECT_LE(Off, MaxPixelsOff) << "pixels differ in " << Drawn;
   if (Off <= MaxPixelsOff) std::filesystem::remove(Drawn);
 }
