@@ -343,6 +343,35 @@ class TLocationNode : public TSceneNode {
   float FRotation = 0.0F;
 };
 
+// ---------------------------------------------------------------- TLocationShape
+
+/// A location node that answers as a shape; what shapes with a place of their own and cameras have
+/// in common.
+class TLocationShape : public TLocationNode, public virtual IShape {
+ public:
+  FENCING_CLASS_INFO()
+
+  bool ContainsDisplacement() const override { return true; }
+  bool ContainsRect() const override { return true; }
+  void SetDisplacement(const TPointF& APoint) override { TLocationNode::SetDisplacement(APoint); }
+  TPointF GetDisplacement() const override { return TLocationNode::GetDisplacement(); }
+  void SetScaling(const TPointF& AScaling) override { TLocationNode::SetScaling(AScaling); }
+  TPointF GetScaling() const override { return TLocationNode::GetScaling(); }
+  void SetRotation(float ARadians) override { TLocationNode::SetRotation(ARadians); }
+  float GetRotation() const override { return TLocationNode::GetRotation(); }
+  void SetRect(const TRectF& ARect) override = 0;
+  TRectF GetRect() const override = 0;
+  bool GetAllowRectModification() const override { return TSceneNode::GetAllowRectModification(); }
+  TPointF GetDisplacementToGetGlobalPosition(TPointF APoint) const override {
+    return TSceneNode::GetDisplacementToGetGlobalPosition(APoint);
+  }
+  void SetCenterInGlobalSpace(TPointF APoint) override {
+    TSceneNode::SetCenterInGlobalSpace(APoint);
+  }
+  TPointF GetCenterInGlobalSpace() const override { return TSceneNode::GetCenterInGlobalSpace(); }
+  FENCING_NODE_EVENT(RectChange)
+};
+
 // ---------------------------------------------------------------- TLayer
 
 /// A node without a place or extent of its own: its rectangle bounds the shapes among its children.
@@ -402,7 +431,7 @@ class TViewport : public TEntity, public virtual IViewport {
 
 /// A camera: its place, rotation and scaling are the view. No child of its scene; every change
 /// has the whole scene drawn anew.
-class TCamera : public TLocationNode, public virtual ICamera {
+class TCamera : public TLocationShape, public virtual ICamera {
  public:
   FENCING_CLASS_INFO()
 
@@ -418,28 +447,11 @@ class TCamera : public TLocationNode, public virtual ICamera {
   TRectF GetRepaintRect(bool, float) const override { return {}; }
   TRectF GetScreenRect() const override { return {}; }
 
-  bool ContainsDisplacement() const override { return true; }
-  bool ContainsRect() const override { return true; }
-  void SetDisplacement(const TPointF& APoint) override { TLocationNode::SetDisplacement(APoint); }
-  TPointF GetDisplacement() const override { return TLocationNode::GetDisplacement(); }
-  void SetScaling(const TPointF& AScaling) override { TLocationNode::SetScaling(AScaling); }
-  TPointF GetScaling() const override { return TLocationNode::GetScaling(); }
-  void SetRotation(float ARadians) override { TLocationNode::SetRotation(ARadians); }
-  float GetRotation() const override { return TLocationNode::GetRotation(); }
   /// The frustum; setting it here repaints nothing.
   void SetRect(const TRectF& ARect) override { FFrustum = ARect; }
   TRectF GetRect() const override { return FFrustum; }
-  bool GetAllowRectModification() const override { return TSceneNode::GetAllowRectModification(); }
-  TPointF GetDisplacementToGetGlobalPosition(TPointF APoint) const override {
-    return TSceneNode::GetDisplacementToGetGlobalPosition(APoint);
-  }
-  void SetCenterInGlobalSpace(TPointF APoint) override {
-    TSceneNode::SetCenterInGlobalSpace(APoint);
-  }
-  TPointF GetCenterInGlobalSpace() const override { return TSceneNode::GetCenterInGlobalSpace(); }
   void SetEnableFill(bool) override {}
   bool GetEnableFill() const override { return false; }
-  FENCING_NODE_EVENT(RectChange)
 
  private:
   TRectF FFrustum;

@@ -7,7 +7,7 @@ namespace System::Beacon::Fencing::Scene {
 const TClassInfo& TCamera::ClassInfo() {
   static const TClassInfo Info{
       .Name = "System.Beacon.Fencing.Scene.Classes.TCamera",
-      .Base = &TLocationNode::ClassInfo(),
+      .Base = &TLocationShape::ClassInfo(),
       .Create = [] { return TRef<TInterfacedObject>(New<TCamera>()); },
   };
   return Info;

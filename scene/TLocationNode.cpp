@@ -23,6 +23,12 @@ const TClassInfo& TLocationNode::ClassInfo() {
   return Info;
 }
 
+const TClassInfo& TLocationShape::ClassInfo() {
+  static const TClassInfo Info{.Name = "System.Beacon.Fencing.Scene.Classes.TLocationShape",
+                               .Base = &TLocationNode::ClassInfo()};
+  return Info;
+}
+
 template <class TChange>
 void TLocationNode::Move(TChange&& AChange) {
   constexpr float RepaintMargin = 5.0F;

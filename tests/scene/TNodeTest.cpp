@@ -225,12 +225,13 @@ TEST(NodeModel, AgreesOnALongRandomUse) {
   };
   std::vector<TRef<TNode>> Nodes;
   TTreeModel Model;
+  bool IsOver = false;
   const auto AddNew = [&](int AAt) {
     Nodes[AAt] = New<TNode>();
     Nodes[AAt]->SetName(std::to_string(AAt));
     // Handlers change the tree, too.
     Nodes[AAt]->ConnectParentChange([&, AAt](INode*, INode*, INode* ANew) {
-      if (ANew || Below(8) != 0) return;
+      if (IsOver || ANew || Below(8) != 0) return;
       const int Other = (AAt + 1) % Count;
       Nodes[Other]->Detach();
       Model.Leave(Other);
@@ -286,6 +287,7 @@ TEST(NodeModel, AgreesOnALongRandomUse) {
       }
     }
   }
+  IsOver = true;  // the nodes go now, one after the other
 }
 
 }  // namespace

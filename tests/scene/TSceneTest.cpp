@@ -18,7 +18,7 @@ namespace System::Beacon::Fencing::Scene {
 namespace {
 
 /// A rectangle that is drawn as its name, and writes down what the pointer does.
-class TBox final : public TLocationNode, public virtual IShape {
+class TBox final : public TLocationShape {
  public:
   TBox(const std::string& AName, const TRectF& ARect, std::string* ALog)
       : FRect(ARect), FLog(ALog) {
@@ -26,27 +26,10 @@ class TBox final : public TLocationNode, public virtual IShape {
   }
   std::function<void()> OnPaint;
 
-  bool ContainsDisplacement() const override { return true; }
-  bool ContainsRect() const override { return true; }
-  void SetDisplacement(const TPointF& P) override { TLocationNode::SetDisplacement(P); }
-  TPointF GetDisplacement() const override { return TLocationNode::GetDisplacement(); }
-  void SetScaling(const TPointF& S) override { TLocationNode::SetScaling(S); }
-  TPointF GetScaling() const override { return TLocationNode::GetScaling(); }
-  void SetRotation(float A) override { TLocationNode::SetRotation(A); }
-  float GetRotation() const override { return TLocationNode::GetRotation(); }
   void SetRect(const TRectF& R) override { FRect = R; }
   TRectF GetRect() const override { return FRect; }
-  bool GetAllowRectModification() const override { return true; }
-  TPointF GetDisplacementToGetGlobalPosition(TPointF P) const override {
-    return TLocationNode::GetDisplacementToGetGlobalPosition(P);
-  }
-  void SetCenterInGlobalSpace(TPointF P) override { TLocationNode::SetCenterInGlobalSpace(P); }
-  TPointF GetCenterInGlobalSpace() const override {
-    return TLocationNode::GetCenterInGlobalSpace();
-  }
   void SetEnableFill(bool) override {}
   bool GetEnableFill() const override { return true; }
-  FENCING_NODE_EVENT(RectChange)
 
   bool ContainsLocalPoint(TPointF P) const override { return FRect.Contains(P); }
   void MouseEnter() override { Write("enter"); }
@@ -59,7 +42,7 @@ class TBox final : public TLocationNode, public virtual IShape {
   void DoPaint(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix) override {
     ACanvas.DrawText(GetName(), {});
     if (OnPaint) OnPaint();
-    TLocationNode::DoPaint(ACanvas, AMatrix);
+    TLocationShape::DoPaint(ACanvas, AMatrix);
   }
 
  private:

@@ -16,6 +16,9 @@ constexpr TAlphaColor Black{0xFF000000};
 class GDIPCanvas : public testing::Test {
  protected:
   void SetUp() override {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "the GDI+ library starts threads that ThreadSanitizer cannot follow";
+#endif
     const std::string Missing = Raised<EGeneralError>([] { New<TGDIPCanvas>(); });
     if (Missing != "nothing was raised") GTEST_SKIP() << Missing;
   }
