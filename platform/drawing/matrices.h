@@ -1,9 +1,8 @@
 // Matrices as the drawing library takes them.
 #pragma once
 
+#include "platform/drawing/library.h"
 #include "platform/geometry.h"
-
-using cairo_matrix_t = struct _cairo_matrix;
 
 namespace System::Drawing {
 

@@ -2,9 +2,8 @@
 #pragma once
 
 #include "platform/drawing.h"
+#include "platform/drawing/library.h"
 #include "platform/drawing/matrices.h"
-
-using cairo_t = struct _cairo;
 
 namespace System::Drawing {
 

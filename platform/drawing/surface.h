@@ -7,8 +7,7 @@
 #include <span>
 
 #include "platform/drawing.h"
-
-using cairo_surface_t = struct _cairo_surface;
+#include "platform/drawing/library.h"
 
 namespace System::Drawing {
 

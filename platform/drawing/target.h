@@ -4,9 +4,8 @@
 #include <memory>
 
 #include "platform/drawing/device_path.h"
+#include "platform/drawing/library.h"
 #include "platform/drawing/surface.h"
-
-using cairo_t = struct _cairo;
 
 namespace System::Drawing {
 

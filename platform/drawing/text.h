@@ -4,10 +4,8 @@
 #include <mutex>
 #include <string_view>
 
+#include "platform/drawing/library.h"
 #include "platform/geometry.h"
-
-using cairo_t = struct _cairo;
-using PangoLayout = struct _PangoLayout;
 
 namespace System::Drawing {
 

@@ -21,8 +21,7 @@ void TGDIPCanvas::BeginScene(const TRef<ILayer>& ALayer) {
   if (FPainter) throw EGeneralError(std::string(Messages::SAlreadyPainting));
   const TCanvasHandle Handle = ALayer ? Own<TGDIPLayer>(*ALayer).GetHandle() : 0;
   if (!Handle) throw EGeneralError(std::string(Messages::SNoSurface));
-  FPainter = std::make_unique<TPainter>(Make<TGraphics>(
-      "GdipCreateFromHDC", TLibrary::Get().GdipCreateFromHDC, reinterpret_cast<void*>(Handle)));
+  FPainter = std::make_unique<TPainter>(OpenContext(Handle));
   FLayer = ALayer;
   SetMatrix(TMatrix::Identity());
   FFill = {.Paint{.Color{0xFFFFFFFF}}};

@@ -72,10 +72,10 @@ void TGDIPBitmapLayer::Resize(int AWidth, int AHeight) {
 }
 
 void TGDIPBitmapLayer::CopyToView(TCanvasHandle AHandle) {
-  void* const View = reinterpret_cast<void*>(AHandle ? AHandle : GetView());
+  const TCanvasHandle View = AHandle ? AHandle : GetView();
   if (!View) return;
   const TLibrary& Library = TLibrary::Get();
-  const auto Graphics = Make<TGraphics>("GdipCreateFromHDC", Library.GdipCreateFromHDC, View);
+  const TOwned<TGraphics> Graphics = OpenContext(View);
   const TPictureSize Size = FBuffer->Size;
   // A copy reaches beyond the bitmap where nothing stops it.
   Library.GdipSetClipRectI(Graphics.get(), 0, 0, Size.Width, Size.Height, ClipReplace);

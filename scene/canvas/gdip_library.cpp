@@ -126,6 +126,11 @@ void Check(TStatus AStatus, const char* AFunction) {
   if (AStatus != 0) throw EGeneralError(fmt::format(Messages::SGdipStatus, AFunction, AStatus));
 }
 
+TOwned<TGraphics> OpenContext(std::uintptr_t AHandle) {
+  void* const Context = reinterpret_cast<void*>(AHandle);  // NOLINT(performance-no-int-to-ptr)
+  return Make<TGraphics>("GdipCreateFromHDC", TLibrary::Get().GdipCreateFromHDC, Context);
+}
+
 std::u16string ToUTF16(std::string_view AText) {
   constexpr char16_t Replacement = 0xFFFD;
   std::u16string Result;

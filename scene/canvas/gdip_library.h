@@ -140,6 +140,9 @@ using TOwned = std::unique_ptr<T, TDeleter>;
 /// Raises `EGeneralError` naming the function, or `std::bad_alloc`, unless the status is success.
 void Check(TStatus AStatus, const char* AFunction);
 
+/// Paints on a device context, which a handle stands for.
+TOwned<TGraphics> OpenContext(std::uintptr_t AHandle);
+
 /// Calls a function whose last argument takes a new object.
 template <class T, class... TParameters, class... TArguments>
 TOwned<T> Make(const char* AName,

@@ -35,7 +35,7 @@ void TPathCanvas::RaiseWrongElement(const ICanvasElement& AnElement) const {
 }
 
 TRef<IBitmap> TPathCanvas::CreateBitmap(const std::string& AFileName, const std::string& AName) {
-  const TRef<IBitmap> Result = NewBitmap();
+  TRef<IBitmap> Result = NewBitmap();
   if (!AFileName.empty()) Result->LoadFromFile(AFileName, AName);
   return Result;
 }
