@@ -47,7 +47,7 @@ TFencingBeacons MakeBeacons(int ACount) {
   for (int I = 0; I < ACount; ++I) {
     const auto Design = New<TFakeDesignBeacon>();
     Design->Center = {static_cast<float>(Random.NextDouble() * 1000.0),
-                            static_cast<float>(Random.NextDouble() * 1000.0)};
+                      static_cast<float>(Random.NextDouble() * 1000.0)};
     const TRef<TFakeBeacon> Sighting = NewFakeBeacon(I);
     Sighting->Distance = Random.NextDouble() * 50.0;
     Result.Append({I % 3 == 2 ? nullptr : TRef<IBeacon>(Sighting), Design, 0.0});
