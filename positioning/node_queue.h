@@ -23,7 +23,7 @@ class TNodeQueue {
 
   /// Empties the queue for a search over links up to `ALongestLink` long.
   void Clear(double ALongestLink) {
-    FBucketsPerUnit = ALongestLink > 0.0 ? (Buckets / 2) / ALongestLink : 0.0;
+    FBucketsPerUnit = ALongestLink > 0.0 ? static_cast<double>(Buckets) / 2.0 / ALongestLink : 0.0;
     FHeads.fill(None);
     FUsed.fill(0);
     FWaiting.clear();

@@ -48,7 +48,7 @@ void TBrush::SetBitmap(const TRef<Canvas::IBitmap>& ABitmap, TSceneNode& ANode) 
 
 void TBrush::SetBitmapPath(const std::string& APath, TSceneNode& ANode) {
   if (APath == FBitmapPath) return;
-  const std::string NewPath = APath;
+  const std::string NewPath(APath.begin(), APath.end());  // may be the node's own
   const std::string OldPath = std::exchange(FBitmapPath, NewPath);
   const IScene* const Scene = ANode.GetScene();
   SetBitmap(Scene && IsFile(NewPath) ? BitmapFromBundle(*Scene, NewPath) : nullptr, ANode);

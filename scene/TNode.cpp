@@ -216,7 +216,7 @@ void TNode::RemoveAllChilds() {
 }
 
 void TNode::SetChildren(const TNodes& AChildren) {
-  const TNodes Children = AChildren;  // may be this node's own
+  const TNodes Children(AChildren.begin(), AChildren.end());  // may go with the old ones
   const TRef<TNode> Keep(this);
   FLoadingChildren = true;
   RemoveAllChilds();

@@ -12,7 +12,7 @@ template <class TTest>
 TRef<INode> FindNode(INode* ANode, const TTest& ATest) {
   std::vector<TRef<INode>> Waiting{TRef<INode>(ANode)};
   while (!Waiting.empty() && Waiting.back()) {
-    const TRef<INode> Node = std::move(Waiting.back());
+    TRef<INode> Node = std::move(Waiting.back());
     Waiting.pop_back();
     if (ATest(*Node)) return Node;
     for (std::int32_t I = Node->GetChildCount() - 1; I >= 0; --I)

@@ -59,7 +59,7 @@ void TScene::SetChildren(const TNodes& AChildren) {
 
 void TScene::SetCamera(const TRef<ICamera>& ACamera) {
   if (FCamera && ACamera && IsSame(FCamera.Get(), ACamera.Get())) return;
-  const TRef<ICamera> Camera = ACamera;
+  const TRef<ICamera> Camera(ACamera.Get());  // the argument may go meanwhile
   ReleaseCamera();
   FCamera = Camera;
   if (auto* Node = dynamic_cast<TSceneNode*>(FCamera.Get())) Node->SetScene(this);

@@ -223,9 +223,9 @@ TEST(NodeModel, AgreesOnALongRandomUse) {
   const auto Below = [&Random](int ABound) {
     return static_cast<int>(Random.NextBelow(static_cast<std::uint32_t>(ABound)));
   };
-  std::vector<TRef<TNode>> Nodes;
-  TTreeModel Model;
   bool IsOver = false;
+  TTreeModel Model;
+  std::vector<TRef<TNode>> Nodes;
   const auto AddNew = [&](int AAt) {
     Nodes[AAt] = New<TNode>();
     Nodes[AAt]->SetName(std::to_string(AAt));
@@ -287,7 +287,8 @@ TEST(NodeModel, AgreesOnALongRandomUse) {
       }
     }
   }
-  IsOver = true;  // the nodes go now, one after the other
+  IsOver = true;
+  Nodes.clear();
 }
 
 }  // namespace
