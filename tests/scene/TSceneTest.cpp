@@ -72,7 +72,11 @@ struct TSceneTest : testing::Test {
   TRef<TBox> Box(const std::string& AName, const TRectF& ARect = {0, 0, 10, 10}) {
     return New<TBox>(AName, ARect, &Log);
   }
-  std::string Taken() { return std::exchange(Log, ""); }
+  std::string Taken() {
+    std::string Result;
+    Result.swap(Log);
+    return Result;
+  }
   std::string Hit(TPointF APoint) {
     const ISceneNode* const Node = Scene->GetSceneNodeUnderGlobalPoint(APoint);
     return Node ? Node->GetName() : "";
@@ -113,7 +117,7 @@ TEST_F(TSceneTest, HasExactlyWhatChangedDrawnAnew) {
   EXPECT_EQ(Taken(), "-5,-5,15,15; -5,-5,15,15; -5,-5,15,15; ");
   A->AddChild(B);
   B->SetDisplacement({50, 0});
-  Taken();
+  Log.clear();
   struct TCase {
     std::function<void()> Do;
     const char* Log;
@@ -206,7 +210,7 @@ TEST_F(TSceneTest, SendsThePointersDoingsToTheNodes) {
   EXPECT_EQ(Scene->GetMouseDownPoint(), (TPointF{50, 1}));
   Scene->MouseMove(nullptr, {1, 1}, false);
   A->Detach();
-  Taken();
+  Log.clear();
   Scene->MouseMove(nullptr, {21, 1}, false);
   EXPECT_EQ(Taken(), "enter b; move b 1,1; ") << "what has left is not told any more";
 }
