@@ -278,6 +278,9 @@ class TSceneNode : public TNode, public virtual ISceneNode {
   FENCING_NODE_EVENT(MouseUp)
 
  protected:
+  /// Pixels around what is drawn anew: strokes reach beyond a shape's rectangle.
+  static constexpr float RepaintMargin = 5.0F;
+
   /// Paints what is below the node; shapes draw themselves first. `AMatrix` is the global matrix
   /// of the parent.
   virtual void DoPaint(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix);

@@ -1,6 +1,5 @@
-#include <cmath>
-
 #include "scene/System.Beacon.Fencing.Scene.Classes.h"
+#include "scene/corners.h"
 
 namespace System::Beacon::Fencing::Scene {
 
@@ -24,8 +23,7 @@ void TCamera::SetFrustumAspectRatio(float AValue) {
 }
 
 void TCamera::SetFrustum(const TRectF& ARect) {
-  for (const float Edge : {ARect.Left, ARect.Top, ARect.Right, ARect.Bottom})
-    if (!std::isfinite(Edge)) return;
+  if (!IsFinite(ARect)) return;
   FFrustum = ARect;
   Repaint();
 }

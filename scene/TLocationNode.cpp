@@ -1,15 +1,9 @@
 #include <cmath>
 
 #include "scene/System.Beacon.Fencing.Scene.Classes.h"
+#include "scene/corners.h"
 
 namespace System::Beacon::Fencing::Scene {
-namespace {
-
-bool IsFinite(TPointF APoint) {
-  return std::isfinite(APoint.X) && std::isfinite(APoint.Y);
-}
-
-}  // namespace
 
 const TClassInfo& TLocationNode::ClassInfo() {
   static const TClassInfo Info{
@@ -31,7 +25,6 @@ const TClassInfo& TLocationShape::ClassInfo() {
 
 template <class TChange>
 void TLocationNode::Move(TChange&& AChange) {
-  constexpr float RepaintMargin = 5.0F;
   const TRef<TNode> Keep(this);
   EmitWillMove(this);
   const bool IsWatched = static_cast<bool>(GetInvalidateRegion());

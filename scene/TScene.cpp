@@ -86,26 +86,21 @@ void TScene::NotifyDetach(const INode* ANode) {
 void TScene::PaintScene(const TRef<Canvas::ILayer>& ALayer, const TRef<Canvas::ICanvas>& ACanvas) {
   const TRef<TNode> Keep(this);
   const TRef<Canvas::ICanvas> UsedCanvas = ACanvas;
+  struct TDrawing {
+    bool& Flag;
+    ~TDrawing() { Flag = false; }
+  } const Drawing{FDrawingScene};
   FDrawingScene = true;
   FLastCanvas = UsedCanvas;
-  const auto Paint = [&] {
+  UsedCanvas->BeginScene(ALayer);
+  try {
     FViewProjectionViewportMatrix = WorldMatrix();
     PaintChildren(*UsedCanvas, TMatrix::Identity());
-  };
-  try {
-    UsedCanvas->BeginScene(ALayer);
-    try {
-      Paint();
-    } catch (...) {
-      UsedCanvas->EndScene();
-      throw;
-    }
-    UsedCanvas->EndScene();
   } catch (...) {
-    FDrawingScene = false;
+    UsedCanvas->EndScene();
     throw;
   }
-  FDrawingScene = false;
+  UsedCanvas->EndScene();
 }
 
 // ---------------------------------------------------------------- spaces

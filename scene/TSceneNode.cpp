@@ -9,9 +9,6 @@
 namespace System::Beacon::Fencing::Scene {
 namespace {
 
-/// Pixels around what is drawn anew: strokes reach beyond a shape's rectangle.
-constexpr float RepaintMargin = 5.0F;
-
 TSceneNode* AsSceneNode(INode* ANode) {
   return dynamic_cast<TSceneNode*>(ANode);
 }

@@ -1,6 +1,7 @@
 #include "scene/corners.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace System::Beacon::Fencing::Scene {
 
@@ -32,6 +33,14 @@ TCorners TCornersHelper::MultiplyCorners(const TMatrix& AMatrix, const TCorners&
 
 TCorners TCornersHelper::MultiplyRect(const TMatrix& AMatrix, const TRectF& ARect) {
   return MultiplyCorners(AMatrix, GetCorners(ARect));
+}
+
+bool IsFinite(TPointF APoint) {
+  return std::isfinite(APoint.X) && std::isfinite(APoint.Y);
+}
+
+bool IsFinite(const TRectF& ARect) {
+  return IsFinite(TPointF{ARect.Left, ARect.Top}) && IsFinite(TPointF{ARect.Right, ARect.Bottom});
 }
 
 TRectF BoundBoth(const TRectF& A, const TRectF& B) {

@@ -16,6 +16,10 @@ class TCornersHelper {
   static TCorners MultiplyRect(const TMatrix& AMatrix, const TRectF& ARect);
 };
 
+/// Whether every coordinate is finite.
+bool IsFinite(TPointF APoint);
+bool IsFinite(const TRectF& ARect);
+
 /// What bounds both; a rectangle without width and height adds nothing.
 TRectF BoundBoth(const TRectF& A, const TRectF& B);
 

@@ -8,16 +8,6 @@
 #include "scene/corners.h"
 
 namespace System::Beacon::Fencing::Scene {
-namespace {
-
-constexpr float RepaintMargin = 5.0F;
-
-bool IsFinite(const TRectF& ARect) {
-  return std::isfinite(ARect.Left) && std::isfinite(ARect.Top) && std::isfinite(ARect.Right) &&
-         std::isfinite(ARect.Bottom);
-}
-
-}  // namespace
 
 // ---------------------------------------------------------------- TShape, TRectangle
 
@@ -145,7 +135,7 @@ void TSegment::SetRect(const TRectF& ARect) {
 }
 
 void TSegment::SetPoints(TPointF AStart, TPointF AEnd) {
-  if (!IsFinite({AStart.X, AStart.Y, AEnd.X, AEnd.Y})) return;
+  if (!IsFinite(AStart) || !IsFinite(AEnd)) return;
   const bool IsWatched = static_cast<bool>(GetInvalidateRegion());
   const TRectF Old = IsWatched ? GetRepaintRect(true, RepaintMargin) : TRectF{};
   FPoints = {AStart, AEnd};
