@@ -85,7 +85,7 @@ void TScene::NotifyDetach(const INode* ANode) {
 
 void TScene::PaintScene(const TRef<Canvas::ILayer>& ALayer, const TRef<Canvas::ICanvas>& ACanvas) {
   const TRef<TNode> Keep(this);
-  const TRef<Canvas::ICanvas> UsedCanvas = ACanvas;
+  const TRef<Canvas::ICanvas> UsedCanvas(ACanvas.Get());  // the argument may go meanwhile
   struct TDrawing {
     bool& Flag;
     ~TDrawing() { Flag = false; }
