@@ -79,6 +79,7 @@ class ISceneNode;
 class IScene;
 class IViewport;
 class ICamera;
+class IControlPointsShape;
 
 /// A kind of event: its id among all kinds, its filter bit, its handler's type.
 template <std::uint16_t AnId, TEventMask AMask, class THandler>
@@ -94,6 +95,8 @@ using TPropertyChangeEvent = TMethod<void(INode* ANode,
                                           const std::string& APropertyName,
                                           const TValue& AnOldValue,
                                           const TValue& ANewValue)>;
+/// `AResized`: there are more or fewer points than before.
+using TControlPointsChangeEvent = TMethod<void(IControlPointsShape* AShape, bool AResized)>;
 using TNameChangeEvent =
     TMethod<void(INode* ANode, const std::string& AnOldName, const std::string& ANewName)>;
 using TDidMoveEvent = TMethod<void(ISceneNode* ANode)>;
@@ -127,6 +130,8 @@ namespace EventKinds {
 using ParentChange = TEventKind<ParentChangeEventId, 0x10, TParentChangeEvent>;
 using Destroying = TEventKind<DestroyingEventId, 0x8, TDestroyingEvent>;
 using PropertyChange = TEventKind<PropertyChangeEventId, 0x100, TPropertyChangeEvent>;
+using ControlPointsChange =
+    TEventKind<ControlPointsChangeEventId, 0x10000, TControlPointsChangeEvent>;
 using NameChange = TEventKind<NameChangeEventId, 0x200, TNameChangeEvent>;
 using DidMove = TEventKind<DidMoveEventId, 0x20, TDidMoveEvent>;
 using WillMove = TEventKind<WillMoveEventId, 0x40, TWillMoveEvent>;
@@ -363,6 +368,127 @@ class IShape : public virtual ISceneNode {
 
  protected:
   ~IShape() = default;
+};
+
+// ---------------------------------------------------------------- shapes of points
+
+/// A line between two points: 0 is the start, 1 the end.
+class ISegment : public virtual ISceneNode {
+ public:
+  /// Local space. Other indexes read (0, 0) and write nothing.
+  virtual TPointF GetControlPointAt(std::int32_t AIndex) const = 0;
+  virtual void SetControlPointAt(std::int32_t AIndex, TPointF APoint) = 0;
+
+ protected:
+  ~ISegment() = default;
+};
+
+/// A shape that is defined by a list of points in local space. Changes with an index that is out of
+/// range, and coordinates that are not finite, are ignored.
+class IControlPointsShape : public virtual IShape {
+ public:
+  /// Appends a point; whether it was accepted.
+  virtual bool AddControlPoint(TPointF APoint) = 0;
+  /// Puts a point before the one at an index, or at the end; whether it was accepted. Not
+  /// announced, nothing is drawn anew: that is left to the caller.
+  virtual bool AddControlPointAtIndex(std::int32_t AIndex, TPointF APoint) = 0;
+  virtual void SetControlPointAt(std::int32_t AIndex, TPointF APoint) = 0;
+  virtual void SetControlPoints(std::span<const TPointF> APoints) = 0;
+  virtual std::int32_t GetControlPointCount() const = 0;
+  /// (0, 0) when there is no such point, here and for the last and the first one.
+  virtual TPointF GetControlPointAt(std::int32_t AIndex) const = 0;
+  virtual TPointF GetLastControlPoint() const = 0;
+  virtual TPointF GetFirstControlPoint() const = 0;
+  virtual std::vector<TPointF> GetControlPoints() const = 0;
+  /// The first one of several that are equally near; -1 without points. Local space.
+  virtual std::int32_t GetClosestControlPointIndex(TPointF APoint) const = 0;
+  /// Whether there was such a point.
+  virtual bool RemoveControlPoint(std::int32_t AIndex) = 0;
+  virtual void RemoveControlPoints() = 0;
+
+  FENCING_CONNECTS(ControlPointsChange)
+
+ protected:
+  ~IControlPointsShape() = default;
+};
+
+/// A shape with an outline through its control points.
+class IPolygonShape : public virtual IControlPointsShape {
+ public:
+  virtual void SetCloseContour(bool AValue) = 0;
+  virtual bool GetCloseContour() const = 0;
+  /// Whether the outline crosses itself, as far as that is known: it is looked at when points are
+  /// added or changed, not when they are removed. More than 1,000 points count as complex.
+  virtual bool IsComplex() const = 0;
+
+ protected:
+  ~IPolygonShape() = default;
+};
+
+/// A node that stands at a control point of the shape above it.
+class IPathNode : public virtual ISceneNode {
+ public:
+  /// -1 when it stands at none.
+  virtual std::int32_t GetControlPointIndex() const = 0;
+  virtual void SetControlPointIndex(std::int32_t AIndex) = 0;
+  virtual TPointF GetDisplacement() const = 0;
+
+ protected:
+  ~IPathNode() = default;
+};
+
+/// Two indexes of control points that a line joins.
+using TConnection = TIntegerPair;
+using TConnections = std::vector<TConnection>;
+/// Two names of path nodes that a line joins.
+using TNodeConnections = std::vector<TStringPair>;
+using TPathNodes = std::vector<TRef<IPathNode>>;
+
+/// Control points, some of which are joined by lines. Connections that name points that are not
+/// there are kept, but neither drawn nor found. "Ordered" tells (a, b) from (b, a).
+class IConnectedControlPointsShape : public virtual IControlPointsShape {
+ public:
+  /// Appends connections; nothing is drawn anew.
+  virtual void AddControlPointConnections(std::span<const TConnection> AConnections) = 0;
+  /// The connections that have a point at either end, in their order.
+  virtual TConnections GetControlPointConnections(std::int32_t AIndex) const = 0;
+  /// The node that stands at a control point; nothing when there is none.
+  virtual TRef<IPathNode> GetControlPointNode(std::int32_t AIndex) = 0;
+  /// The first node of a name, letter case ignored.
+  virtual TRef<IPathNode> GetControlPointNode(std::string_view AName) = 0;
+  /// The control point that a node stands at; -1 when it is none of this shape's.
+  virtual std::int32_t GetControlPointNodeIndex(const IPathNode* ANode) const = 0;
+  virtual bool ContainsConnection(std::int32_t AFrom, std::int32_t ATo, bool AnOrdered) const = 0;
+  /// Removes every such connection; whether there was one.
+  virtual bool RemoveControlPointsConnection(std::int32_t AFrom,
+                                             std::int32_t ATo,
+                                             bool AnOrdered) = 0;
+  /// Appends a connection, also when there is an equal one.
+  virtual void ConnectControlPoints(std::int32_t AFrom, std::int32_t ATo) = 0;
+  virtual std::int32_t GetConnectionCount() const = 0;
+  /// By control point; nothing where there is no node.
+  virtual TPathNodes GetControlPointNodes() = 0;
+  virtual void SetConnections(std::span<const TConnection> AConnections) = 0;
+  virtual TConnections GetConnections() const = 0;
+  /// Connects points by the names of their nodes; unknown names are skipped.
+  virtual void AddNodeConnections(std::span<const TStringPair> AConnections) = 0;
+  virtual TNodeConnections GetNodeConnections() = 0;
+  /// Forgets which node stands where, to find it out anew.
+  virtual void AdjustNodes() = 0;
+
+ protected:
+  ~IConnectedControlPointsShape() = default;
+};
+
+/// A node that stands for a shape. A scene that such a node is added to gives it a rectangle when
+/// it has no shape yet.
+class IShapeProxy : public virtual ISceneNode {
+ public:
+  virtual TRef<IShape> GetShape() const = 0;
+  virtual void SetShape(const TRef<IShape>& AShape) = 0;
+
+ protected:
+  ~IShapeProxy() = default;
 };
 
 // ---------------------------------------------------------------- IViewport, ICamera

@@ -1,6 +1,6 @@
 #include <utility>
 
-#include "scene/System.Beacon.Fencing.Scene.Classes.h"
+#include "scene/System.Beacon.Fencing.Scene.Shapes.h"
 #include "scene/scene_link.h"
 
 namespace System::Beacon::Fencing::Scene {
@@ -10,6 +10,15 @@ namespace {
 TPointF MultiplyNormal(const TMatrix& AMatrix, TPointF AVector) {
   return {AVector.X * AMatrix.M[0][0] + AVector.Y * AMatrix.M[1][0],
           AVector.X * AMatrix.M[0][1] + AVector.Y * AMatrix.M[1][1]};
+}
+
+/// What a node stands for; a new rectangle when that is nothing yet.
+TRef<IShape> ShapeOf(IShapeProxy& AProxy) {
+  TRef<IShape> Result = AProxy.GetShape();
+  if (Result) return Result;
+  Result = New<TRectangle>();
+  AProxy.SetShape(Result);
+  return Result;
 }
 
 }  // namespace
@@ -45,6 +54,7 @@ void TScene::BeforeDestruction() noexcept {
 void TScene::AddedChild(INode* AChild, bool AFront) {
   TLayer::AddedChild(AChild, AFront);
   if (const auto* Shape = Supports<IShape>(AChild)) InvalidateChild(*Shape);
+  if (auto* Proxy = Supports<IShapeProxy>(AChild)) InvalidateChild(*ShapeOf(*Proxy));
 }
 
 void TScene::RemovedChild(INode* AChild) {

@@ -1,4 +1,4 @@
-// Every fixed text of the scene, once.
+// Every fixed text of the scene, once. "{}" stands for what is filled in.
 #pragma once
 
 #include <string_view>
@@ -6,5 +6,7 @@
 namespace System::Beacon::Fencing::Scene::Messages {
 
 inline constexpr std::string_view SScreenAspectRatio = "Error Message";
+inline constexpr std::string_view SPolygonCommand =
+    "Command {} of a polygon is {}; use 0 to move to a point or 1 to draw a line to it";
 
 }  // namespace System::Beacon::Fencing::Scene::Messages
