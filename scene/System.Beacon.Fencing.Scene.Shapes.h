@@ -292,7 +292,7 @@ class TPolygonShape : public TControlPointsShape, public virtual IPolygonShape {
   /// All control points are taken for one outline.
   bool ContainsLocalPoint(TPointF APoint) const override;
   bool IsUnderGlobalPoint(TPointF APoint) const override {
-    return TSceneNode::IsUnderGlobalPoint(APoint);
+    return ContainsLocalPoint(GlobalToLocal(APoint));
   }
   void SetScene(TScene* AScene) override;
   IControlPointsShape* AsControlPointShape() override { return this; }

@@ -48,6 +48,7 @@ bool TPolygonShape::AddControlPoint(TPointF APoint) {
 }
 
 void TPolygonShape::SetControlPointAt(std::int32_t AIndex, TPointF APoint) {
+  if (!HasControlPoint(AIndex) || !IsFinite(APoint)) return;
   const TRef<TNode> Keep(this);
   TControlPointsShape::SetControlPointAt(AIndex, APoint);
   SetCrossed(ComputeIsCrossed());
@@ -87,8 +88,9 @@ std::vector<std::int32_t> TPolygonShape::GetCommandNumbers() const {
 void TPolygonShape::SetCommandNumbers(const std::vector<std::int32_t>& ACommands) {
   RequireCommands(std::span(ACommands));
   std::vector<std::uint8_t> Commands;
+  Commands.reserve(ACommands.size());
   for (const std::int32_t Command : ACommands)
-    Commands.push_back(Command == MoveToPoint ? MoveToPoint : LineToPoint);
+    Commands.push_back(static_cast<std::uint8_t>(Command));
   SetCommands(Commands);
 }
 
