@@ -57,5 +57,11 @@ inline constexpr std::string_view SPrintColours =
     "{}: the picture has colours for print (CMYK); save it with RGB colours";
 inline constexpr std::string_view SAnimation =
     "{}: the picture is an animation; save a single picture";
+inline constexpr std::string_view SNoWindow =
+    "A window cannot be opened: {}; set DISPLAY or WAYLAND_DISPLAY to a display that can be "
+    "reached, or draw without a window";
+inline constexpr std::string_view SBuiltWithoutWindows =
+    "A window cannot be opened: this build was made without SDL2; install libsdl2-dev, configure "
+    "again and rebuild, or draw without a window";
 
 }  // namespace System::Messages
