@@ -11,6 +11,11 @@ inline constexpr std::string_view SAssignError = "Cannot assign a {} to a {}";
 inline constexpr std::string_view SListIndexError = "List index out of bounds ({}) in {}";
 inline constexpr std::string_view SDuplicateName = "A component named {} already exists";
 
+inline constexpr std::string_view SBase64Digit =
+    "the Base64 text has '{}' at character {}, where it cannot stand";
+inline constexpr std::string_view SBase64Short =
+    "the Base64 text is cut short: digits and padding come in groups of four";
+
 inline constexpr std::string_view SXMLTooLong = "the text is longer than {} bytes";
 inline constexpr std::string_view SXMLTooMany = "more than {} elements, texts and attributes";
 inline constexpr std::string_view SXMLTooDeep = "elements are nested deeper than {}";
