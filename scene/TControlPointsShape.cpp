@@ -2,6 +2,7 @@
 #include <cmath>
 #include <utility>
 
+#include "scene/System.Beacon.Fencing.Scene.Helpers.h"
 #include "scene/System.Beacon.Fencing.Scene.Shapes.h"
 #include "scene/corners.h"
 

@@ -21,6 +21,19 @@ TRef<INode> FindNode(INode* ANode, const TTest& ATest) {
   return nullptr;
 }
 
+/// The first node for each of some names, which are written without case; nothing for unknown ones.
+using TNodesByName = std::unordered_map<std::string, TRef<INode>>;
+
+TNodesByName FirstNodesNamed(INode* ANode, const TNames& ANames) {
+  TNodesByName Result;
+  for (const std::string& Name : ANames) Result.try_emplace(WithoutCase(Name));
+  TNodeHelper::Visit(ANode, [&Result](INode* AEach) {
+    const auto Wanted = Result.find(WithoutCase(AEach->GetName()));
+    if (Wanted != Result.end() && !Wanted->second) Wanted->second = TRef<INode>(AEach);
+  });
+  return Result;
+}
+
 }  // namespace
 
 TNames TNodeHelper::GetChildrenNames(const INode& ANode) {
@@ -61,12 +74,7 @@ TRef<INode> TNodeHelper::FindNodeWithName(INode* ANode,
 }
 
 TNodes TNodeHelper::FindNodesWithNames(INode* ANode, const TNames& ANames) {
-  std::unordered_map<std::string, TRef<INode>> Found;
-  for (const std::string& Name : ANames) Found.try_emplace(WithoutCase(Name));
-  Visit(ANode, [&Found](INode* AEach) {
-    const auto Wanted = Found.find(WithoutCase(AEach->GetName()));
-    if (Wanted != Found.end() && !Wanted->second) Wanted->second = TRef<INode>(AEach);
-  });
+  TNodesByName Found = FirstNodesNamed(ANode, ANames);
   TNodes Result;
   for (const std::string& Name : ANames)
     if (const TRef<INode>& Node = Found[WithoutCase(Name)]) Result.push_back(Node);
@@ -94,6 +102,16 @@ void TNodeHelper::DisableModes(const TNodes& ANodes, TModeSet AModes) {
     Mode.Disable(AModes);
     Node->SetMode(Mode);
   }
+}
+
+TNames TSceneHelper::FilterObjectsWithMode(TModeSet AModes, IScene* AScene, const TNames& ANames) {
+  TNodesByName Found = FirstNodesNamed(AScene, ANames);
+  TNames Result;
+  for (const std::string& Name : ANames) {
+    const TRef<INode>& Node = Found[WithoutCase(Name)];
+    if (Node && Node->GetMode().ContainsSomeMode(AModes)) Result.push_back(Name);
+  }
+  return Result;
 }
 
 }  // namespace System::Beacon::Fencing::Scene

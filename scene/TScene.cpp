@@ -1,16 +1,11 @@
 #include <utility>
 
+#include "scene/System.Beacon.Fencing.Scene.Helpers.h"
 #include "scene/System.Beacon.Fencing.Scene.Shapes.h"
 #include "scene/scene_link.h"
 
 namespace System::Beacon::Fencing::Scene {
 namespace {
-
-/// A vector is not moved.
-TPointF MultiplyNormal(const TMatrix& AMatrix, TPointF AVector) {
-  return {AVector.X * AMatrix.M[0][0] + AVector.Y * AMatrix.M[1][0],
-          AVector.X * AMatrix.M[0][1] + AVector.Y * AMatrix.M[1][1]};
-}
 
 /// What a node stands for; a new rectangle when that is nothing yet.
 TRef<IShape> ShapeOf(IShapeProxy& AProxy) {
@@ -131,11 +126,11 @@ TPointF TScene::GlobalSpaceToViewportSpace(IViewport* AViewport, TPointF APoint)
 }
 
 TPointF TScene::ViewportVectorToWorld(IViewport*, TPointF AVector) const {
-  return MultiplyNormal(WorldMatrix().Inverse(), AVector);
+  return TMatrixHelper::MultiplyNormal(WorldMatrix().Inverse(), AVector);
 }
 
 TPointF TScene::WorldVectorToViewport(IViewport*, TPointF AVector) const {
-  return MultiplyNormal(WorldMatrix(), AVector);
+  return TMatrixHelper::MultiplyNormal(WorldMatrix(), AVector);
 }
 
 // ---------------------------------------------------------------- the pointer

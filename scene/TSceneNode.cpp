@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "scene/System.Beacon.Fencing.Scene.Classes.h"
+#include "scene/System.Beacon.Fencing.Scene.Helpers.h"
 #include "scene/corners.h"
 #include "scene/scene_link.h"
 

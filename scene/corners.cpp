@@ -5,36 +5,6 @@
 
 namespace System::Beacon::Fencing::Scene {
 
-TCorners TCornersHelper::GetCorners(const TRectF& ARect) {
-  return {{TPointF{ARect.Left, ARect.Top},
-           {ARect.Right, ARect.Top},
-           {ARect.Right, ARect.Bottom},
-           {ARect.Left, ARect.Bottom}}};
-}
-
-TRectF TCornersHelper::GetRect(const TCorners& ACorners) {
-  const TPointF First = ACorners.Points[0];
-  TRectF Result{First.X, First.Y, First.X, First.Y};
-  for (const TPointF& Point : ACorners.Points) {
-    Result.Left = std::min(Result.Left, Point.X);
-    Result.Top = std::min(Result.Top, Point.Y);
-    Result.Right = std::max(Result.Right, Point.X);
-    Result.Bottom = std::max(Result.Bottom, Point.Y);
-  }
-  return Result;
-}
-
-TCorners TCornersHelper::MultiplyCorners(const TMatrix& AMatrix, const TCorners& ACorners) {
-  TCorners Result;
-  for (std::size_t I = 0; I < Result.Points.size(); ++I)
-    Result.Points[I] = ACorners.Points[I] * AMatrix;
-  return Result;
-}
-
-TCorners TCornersHelper::MultiplyRect(const TMatrix& AMatrix, const TRectF& ARect) {
-  return MultiplyCorners(AMatrix, GetCorners(ARect));
-}
-
 bool IsFinite(TPointF APoint) {
   return std::isfinite(APoint.X) && std::isfinite(APoint.Y);
 }

@@ -1,20 +1,9 @@
-// Corners and bounds of rectangles.
+// What the scene asks of coordinates.
 #pragma once
 
 #include "platform/geometry.h"
-#include "scene/System.Beacon.Fencing.Scene.h"
 
 namespace System::Beacon::Fencing::Scene {
-
-/// Operations over corners. Pure.
-class TCornersHelper {
- public:
-  static TCorners GetCorners(const TRectF& ARect);
-  /// What bounds the corners.
-  static TRectF GetRect(const TCorners& ACorners);
-  static TCorners MultiplyCorners(const TMatrix& AMatrix, const TCorners& ACorners);
-  static TCorners MultiplyRect(const TMatrix& AMatrix, const TRectF& ARect);
-};
 
 /// Whether every coordinate is finite.
 bool IsFinite(TPointF APoint);
