@@ -583,6 +583,21 @@ class IScene : public virtual INode {
   ~IScene() = default;
 };
 
+// ---------------------------------------------------------------- ITimer
+
+/// What calls a handler again and again on the scene thread while it is enabled.
+class ITimer : public virtual IInterface {
+ public:
+  virtual void SetOnTimer(TMethod<void()> AHandler) = 0;
+  virtual void SetEnabled(bool AValue) = 0;
+  virtual bool GetEnabled() const = 0;
+  virtual void SetInterval(std::uint32_t AMilliseconds) = 0;
+  virtual std::uint32_t GetInterval() const = 0;
+
+ protected:
+  ~ITimer() = default;
+};
+
 // ---------------------------------------------------------------- TSceneRegistry
 
 using TCreatedObjectEvent = TMethod<void(INode* ANewNode)>;
