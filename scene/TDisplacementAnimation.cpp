@@ -18,7 +18,7 @@ TRef<IAnimation> TDisplacementAnimation::Add(IShape* AShape,
                                              float AFallTime,
                                              bool AReplace) {
   if (!AShape) return nullptr;
-  const TRef<IAnimation> Result =
+  TRef<IAnimation> Result =
       New<TDisplacementAnimation>(AShape, AFrom, ATo, ADuration, ARiseTime, AFallTime);
   TAnimationsEngine::AddAnimation(
       AShape->GetObject(), TAnimationId<TDisplacementAnimation>::GetId(), Result, AReplace);

@@ -21,7 +21,7 @@ namespace {
 
 constexpr TPointF Start{0, 0}, Goal{80, 0}, Aside{100, 0};
 
-struct TAnimationsTest : testing::Test {
+struct TAnimationsTest : testing::Test, TObject {
   TRef<TWyxTimer> Timer = New<TWyxTimer>();
   TRef<IShape> Shape = Watched("a"), Other = Watched("b");
   std::function<void()> OnMove;
@@ -30,14 +30,17 @@ struct TAnimationsTest : testing::Test {
   TAnimationsTest() { TAnimationsEngine::SetTimer(Timer); }
   ~TAnimationsTest() override { TAnimationsEngine::Finish(); }
 
-  /// A shape that writes down where it goes, then does what is to be done on a move.
-  TRef<IShape> Watched(const std::string& AName) {
+  TRef<IShape> Watched(const char* AName) {
     const TRef<IShape> Result = New<TRectangle>();
-    Result->ConnectDidMove([this, AName](ISceneNode* ANode) {
-      Log += fmt::format("{}{:.4g} ", AName, Supports<IShape>(ANode)->GetDisplacement().X);
-      if (const auto Then = std::exchange(OnMove, nullptr)) Then();
-    });
+    Result->SetName(AName);
+    Result->ConnectDidMove(Bind<&TAnimationsTest::Moved>(this));
     return Result;
+  }
+  /// Writes down where a shape is, then does what is to be done on a move.
+  void Moved(ISceneNode* ANode) {
+    const float X = Supports<IShape>(ANode)->GetDisplacement().X;
+    Log += fmt::format("{}{:.4g} ", ANode->GetName(), X);
+    if (const auto Then = std::exchange(OnMove, nullptr)) Then();
   }
   static TRef<IAnimation> Add(const TRef<IShape>& AShape,
                               TPointF AFrom,
