@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -181,6 +184,26 @@ class TNode : public TEntity, public virtual INode {
 
 class TScene;
 class TSceneLink;
+class TChildIndex;
+struct TNodeBounds;
+
+/// Where a node itself is hit and draws, without what is below it. With it, searching and painting
+/// leave out what lies elsewhere.
+struct TExtent {
+  const std::type_info* Class = nullptr;  ///< of nodes of exactly this class the rest is true
+  bool IsEmpty = true;                    ///< it contains no point and draws nothing
+  TRectF Rect;                            ///< local space; outside it the node contains no point,
+  float Pixels = 0.0F;                    ///< and draws nothing further away from it than this
+
+  template <class TNodeClass>
+  static TExtent Nothing() {
+    return {.Class = &typeid(TNodeClass), .Rect = {}};
+  }
+  template <class TNodeClass>
+  static TExtent Of(const TRectF& ARect, float APixels) {
+    return {&typeid(TNodeClass), false, ARect, APixels};
+  }
+};
 
 /// A node that is painted and hit-tested. Its scene parent and its scene are looked at, not kept; a
 /// scene that has died is no node's scene any more.
@@ -218,6 +241,8 @@ class TSceneNode : public TNode, public virtual ISceneNode {
   /// Asks for an old place (screen space) and the new one to be drawn anew.
   virtual void AfterMovementRepaint(const TRectF& AOldRect);
   virtual TRef<Canvas::IInvalidateRegion> GetInvalidateRegion() const;
+  /// To be told when `GetExtent` would give another answer, before anybody hears of the change.
+  void ChangedExtent();
 
   virtual bool GetAllowRectModification() const { return true; }
   virtual TPointF GetDisplacement() const = 0;
@@ -292,6 +317,9 @@ class TSceneNode : public TNode, public virtual ISceneNode {
   void MovedChildToBack(INode* AChild) override;
   void ChangedChildrenOrder(const TNodes& AChildren) override;
 
+  /// A class that does not override this, or that others derive from without overriding it again,
+  /// is asked and painted always.
+  virtual TExtent GetExtent() const { return {}; }
   TScene* GetSceneObject() const;
   /// Sends the place of a child, with what is below it, to the region, if there is one.
   void InvalidateChild(const ISceneNode& AChild);
@@ -309,12 +337,35 @@ class TSceneNode : public TNode, public virtual ISceneNode {
                              TSceneNodes* ANodes);
   void MoveSceneChild(INode* AChild, bool AToFront);
   void RebuildSceneChildren();
+  void RenumberSceneChildren(std::size_t AFirst, std::size_t ALast);
+
+  friend class TChildIndex;
+  bool IsWide() const;
+  TChildIndex& GetIndexOfChildren();
+  TNodeBounds GetBoundsUnder(const TMatrix& AParentMatrix) const;
+  bool IncludeBounds(const TMatrix& AParentMatrix,
+                     float AReach,
+                     int& ABudget,
+                     TNodeBounds& ABounds) const;
+  ISceneNode* AskChild(TSceneNode& AChild,
+                       TPointF APoint,
+                       TPointF& ALocalPoint,
+                       const TMatrix& AMatrix,
+                       TSceneNodes* ANodes);
+  bool FindChildByIndex(TPointF APoint,
+                        TPointF& ALocalPoint,
+                        const TMatrix& AMatrix,
+                        TSceneNodes* ANodes,
+                        ISceneNode*& AResult);
 
   bool FClipChildren = false;
   float FOpacity = 1.0F;
   TSceneNode* FSceneParent = nullptr;
   std::vector<TSceneNode*> FSceneChildren;
-  const TSceneNode* FListedIn = nullptr;  // whose scene children hold this node
+  TSceneNode* FListedIn = nullptr;           // whose scene children hold this node,
+  std::int32_t FSceneIndex = -1;             // and where
+  std::int32_t FIndexItem = -1;              // its number in the index of that node
+  std::unique_ptr<TChildIndex> FChildIndex;  // made for many children, by the first search
   TRef<TSceneLink> FScene;
 };
 
@@ -394,6 +445,7 @@ class TLayer : public TSceneNode, public virtual IShape {
   void SetRect(const TRectF&) override {}
   TRectF GetRect() const override;
   TRectF GetGlobalRect() const override { return GetRect(); }
+  TExtent GetExtent() const override { return TExtent::Nothing<TLayer>(); }
   bool GetAllowRectModification() const override { return TSceneNode::GetAllowRectModification(); }
   TPointF GetDisplacementToGetGlobalPosition(TPointF APoint) const override {
     return TSceneNode::GetDisplacementToGetGlobalPosition(APoint);
@@ -541,6 +593,7 @@ class TScene : public TLayer, public virtual IScene {
   TPointF FNodeLastMouseMovePoint;
   TRef<Canvas::IInvalidateRegion> FInvalidateRegion;
   TRef<Canvas::IBundle> FBundle;
+  std::optional<TRectF> FPaintArea;  // where a paint shows, pixels
   bool FDrawingScene = false;
 };
 

@@ -29,6 +29,8 @@ class TBrush : public TObject {
   /// Pixels, at every zoom.
   float GetStrokeThickness() const { return FStrokeThickness; }
   void SetStrokeThickness(float AValue, TSceneNode& ANode);
+  /// How far strokes reach beyond what they follow, pixels: pointed corners reach the farthest.
+  float GetStrokeReach() const { return 5.0F * FStrokeThickness + 1.0F; }
   const TRef<Canvas::IBitmap>& GetBitmap() const { return FBitmap; }
   void SetBitmap(const TRef<Canvas::IBitmap>& ABitmap, TSceneNode& ANode);
   const std::string& GetBitmapPath() const { return FBitmapPath; }
@@ -108,6 +110,9 @@ class TRectangle : public TShape {
   FENCING_CLASS_INFO()
 
  protected:
+  TExtent GetExtent() const override {
+    return TExtent::Of<TRectangle>(GetRect(), FBrush.GetStrokeReach());
+  }
   void Draw(Canvas::ICanvas& ACanvas) override;
 };
 
@@ -124,6 +129,9 @@ class TEllipse : public TShape {
   TPointF GetClosestPointToGlobalPoint(TPointF APoint, bool AGlobal) const override;
 
  protected:
+  TExtent GetExtent() const override {
+    return TExtent::Of<TEllipse>(GetRect(), FBrush.GetStrokeReach());
+  }
   void Draw(Canvas::ICanvas& ACanvas) override;
 
  private:
@@ -149,6 +157,9 @@ class TSegment : public TShapeBase, public virtual ISegment {
   bool ContainsLocalPoint(TPointF APoint) const override { return GetRect().Contains(APoint); }
 
  protected:
+  TExtent GetExtent() const override {
+    return TExtent::Of<TSegment>(GetRect(), FBrush.GetStrokeReach());
+  }
   void Draw(Canvas::ICanvas& ACanvas) override;
 
  private:
@@ -300,6 +311,9 @@ class TPolygonShape : public TControlPointsShape, public virtual IPolygonShape {
  protected:
   /// A point that was inserted gets a line; one before the first takes over its command.
   void EndControlPointInsertion(std::int32_t AIndex) override;
+  TExtent GetExtent() const override {
+    return TExtent::Of<TPolygonShape>(GetRect(), FBrush.GetStrokeReach());
+  }
   void Draw(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix) override;
 
  private:

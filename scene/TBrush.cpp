@@ -38,6 +38,7 @@ void TBrush::SetEnableFill(bool AValue, TSceneNode& ANode) {
 void TBrush::SetStrokeThickness(float AValue, TSceneNode& ANode) {
   if (!std::isfinite(AValue)) return;
   FStrokeThickness = AValue;
+  ANode.ChangedExtent();
   ANode.Repaint();
 }
 

@@ -74,6 +74,7 @@ bool TControlPointsShape::AddControlPoint(TPointF APoint) {
   FControlPoints.push_back(APoint);
   const bool IsInside = FControlPoints.size() > 1 && Old.Contains(APoint);
   if (!IsInside) ComputeRect();
+  ChangedExtent();
   const TRectF New = GetRect();
   EmitControlPointsChange(this, true);
   if (!IsInside) EmitRectChange(this, Old, New);
@@ -88,6 +89,7 @@ bool TControlPointsShape::AddControlPointAtIndex(std::int32_t AIndex, TPointF AP
   const std::int32_t Last = GetControlPointCount();
   FControlPoints.insert(FControlPoints.begin() + AIndex, APoint);
   ComputeRect();
+  ChangedExtent();
   for (std::int32_t I = Last; I > AIndex; --I) MovedControlPointOnePositionBack(I - 1, I);
   EndControlPointInsertion(AIndex);
   return true;
@@ -103,6 +105,7 @@ bool TControlPointsShape::RemoveControlPoint(std::int32_t AIndex) {
     ComputeRect();
   else
     for (std::int32_t& Limit : FLimitPoints) Limit -= Limit >= AIndex ? 1 : 0;
+  ChangedExtent();
   const TRectF New = GetRect();
   EmitControlPointsChange(this, true);
   if (WasLimit) EmitRectChange(this, Old, New);
@@ -118,6 +121,7 @@ void TControlPointsShape::SetControlPointAt(std::int32_t AIndex, TPointF APoint)
   const bool IsRectTouched = IsLimitPoint(AIndex) || !Old.Contains(APoint);
   FControlPoints[static_cast<std::size_t>(AIndex)] = APoint;
   if (IsRectTouched) ComputeRect();
+  ChangedExtent();
   const TRectF New = GetRect();
   EmitControlPointsChange(this, false);
   if (IsRectTouched) EmitRectChange(this, Old, New);
@@ -132,6 +136,7 @@ void TControlPointsShape::SetControlPoints(std::span<const TPointF> APoints) {
   const bool IsResized = APoints.size() != FControlPoints.size();
   FControlPoints = std::vector<TPointF>(APoints.begin(), APoints.end());
   ComputeRect();
+  ChangedExtent();
   const TRectF New = GetRect();
   EmitControlPointsChange(this, IsResized);
   if (Old != New) EmitRectChange(this, Old, New);
@@ -179,6 +184,7 @@ void TControlPointsShape::SetRect(const TRectF& ARect) {
   const TRectF OldPlace = PlaceOnScreen(false);
   if (FControlPoints.size() == 1) {
     FControlPoints.front() = ARect.GetCentre();
+    ChangedExtent();
   } else {
     StretchTo(ARect);
     const TRectF New = GetRect();
@@ -193,6 +199,7 @@ void TControlPointsShape::StretchTo(const TRectF& ARect) {
   for (TPointF& Point : FControlPoints)
     Point = {Stretch(Point.X, Old.Left, Old.Right, ARect.Left, ARect.Right),
              Stretch(Point.Y, Old.Top, Old.Bottom, ARect.Top, ARect.Bottom)};
+  ChangedExtent();
 }
 
 void TControlPointsShape::SetDisplacement(const TPointF& ADelta) {
@@ -202,6 +209,7 @@ void TControlPointsShape::SetDisplacement(const TPointF& ADelta) {
   const TRectF OldPlace = PlaceOnScreen(true);
   EmitWillMove(this);
   for (TPointF& Point : FControlPoints) Point = Point + Delta;
+  ChangedExtent();
   EmitControlPointsChange(this, false);
   EmitDidMove(this);
   RepaintBoth(OldPlace, true);

@@ -30,6 +30,7 @@ void TLocationNode::Move(TChange&& AChange) {
   const bool IsWatched = static_cast<bool>(GetInvalidateRegion());
   const TRectF Old = IsWatched ? GetRepaintRect(true, RepaintMargin) : TRectF{};
   AChange();
+  ChangedExtent();
   if (IsWatched) AfterMovementRepaint(Old);
   EmitDidMove(this);
 }

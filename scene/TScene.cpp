@@ -16,6 +16,15 @@ TRef<IShape> ShapeOf(IShapeProxy& AProxy) {
   return Result;
 }
 
+/// Where a paint shows, as far as the canvas tells, with what may shine through at its edge.
+std::optional<TRectF> PaintAreaOf(Canvas::ICanvas& ACanvas) {
+  const auto* const Area = Supports<Canvas::IPaintArea>(&ACanvas);
+  if (!Area) return std::nullopt;
+  TRectF Result = Area->GetPaintArea();
+  Result.Inflate(1.0F, 1.0F);
+  return Result;
+}
+
 }  // namespace
 
 const TClassInfo& TScene::ClassInfo() {
@@ -92,14 +101,18 @@ void TScene::PaintScene(const TRef<Canvas::ILayer>& ALayer, const TRef<Canvas::I
   const TRef<TNode> Keep(this);
   const TRef<Canvas::ICanvas> UsedCanvas(ACanvas.Get());  // the argument may go meanwhile
   struct TDrawing {
-    bool& Flag;
-    ~TDrawing() { Flag = false; }
-  } const Drawing{FDrawingScene};
+    TScene& Scene;
+    ~TDrawing() {
+      Scene.FDrawingScene = false;
+      Scene.FPaintArea.reset();
+    }
+  } const Drawing{*this};
   FDrawingScene = true;
   FLastCanvas = UsedCanvas;
   UsedCanvas->BeginScene(ALayer);
   try {
     FViewProjectionViewportMatrix = WorldMatrix();
+    FPaintArea = PaintAreaOf(*UsedCanvas);
     PaintChildren(*UsedCanvas, TMatrix::Identity());
   } catch (...) {
     UsedCanvas->EndScene();

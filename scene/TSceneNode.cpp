@@ -4,11 +4,17 @@
 
 #include "scene/System.Beacon.Fencing.Scene.Classes.h"
 #include "scene/System.Beacon.Fencing.Scene.Helpers.h"
+#include "scene/child_index.h"
 #include "scene/corners.h"
 #include "scene/scene_link.h"
 
 namespace System::Beacon::Fencing::Scene {
 namespace {
+
+// From so many children on there is an index of them.
+constexpr std::size_t ManyChildren = 64;
+// So many nodes are looked at to find out where a child lies.
+constexpr int BoundsBudget = 16;
 
 TSceneNode* AsSceneNode(INode* ANode) {
   return dynamic_cast<TSceneNode*>(ANode);
@@ -64,9 +70,13 @@ void TSceneNode::Detach() {
 }
 
 std::int32_t TSceneNode::GetSceneChildIndex(const INode* ANode) const {
-  for (std::size_t I = 0; I < FSceneChildren.size(); ++I)
-    if (IsSame(FSceneChildren[I], ANode)) return static_cast<std::int32_t>(I);
-  return -1;
+  const auto* const Node = dynamic_cast<const TSceneNode*>(ANode);
+  return Node && Node->FListedIn == this ? Node->FSceneIndex : -1;
+}
+
+void TSceneNode::RenumberSceneChildren(std::size_t AFirst, std::size_t ALast) {
+  for (std::size_t I = AFirst; I < ALast; ++I)
+    FSceneChildren[I]->FSceneIndex = static_cast<std::int32_t>(I);
 }
 
 void TSceneNode::AddedChild(INode* AChild, bool AFront) {
@@ -75,6 +85,9 @@ void TSceneNode::AddedChild(INode* AChild, bool AFront) {
   Child->Repaint();
   FSceneChildren.insert(AFront ? FSceneChildren.begin() : FSceneChildren.end(), Child);
   Child->FListedIn = this;
+  RenumberSceneChildren(AFront ? 0 : FSceneChildren.size() - 1, FSceneChildren.size());
+  if (FChildIndex) FChildIndex->Add(*Child);
+  ChangedExtent();
   if (Supports<IShape>(Child)) InvalidateChild(*Child);
   Child->SetScene(GetSceneObject());
   Child->Repaint();
@@ -83,8 +96,13 @@ void TSceneNode::AddedChild(INode* AChild, bool AFront) {
 void TSceneNode::RemovedChild(INode* AChild) {
   TSceneNode* const Child = Scene::AsSceneNode(AChild);
   if (!Child || Child->FListedIn != this) return;
-  FSceneChildren.erase(std::find(FSceneChildren.begin(), FSceneChildren.end(), Child));
+  const auto Index = static_cast<std::size_t>(std::exchange(Child->FSceneIndex, -1));
+  FSceneChildren.erase(FSceneChildren.begin() + static_cast<std::ptrdiff_t>(Index));
+  RenumberSceneChildren(Index, FSceneChildren.size());
   Child->FListedIn = nullptr;
+  if (FChildIndex) FChildIndex->Remove(*Child);
+  if (FSceneChildren.empty()) FChildIndex = nullptr;
+  ChangedExtent();
   Child->Repaint();
 }
 
@@ -94,13 +112,14 @@ void TSceneNode::SettedParent(INode* AParent) {
 }
 
 void TSceneNode::MoveSceneChild(INode* AChild, bool AToFront) {
-  const auto Found =
-      std::find(FSceneChildren.begin(), FSceneChildren.end(), Scene::AsSceneNode(AChild));
-  if (Found == FSceneChildren.end()) return;
+  const std::int32_t Index = GetSceneChildIndex(AChild);
+  if (Index < 0) return;
+  const auto Found = FSceneChildren.begin() + Index;
   if (AToFront)
     std::rotate(FSceneChildren.begin(), Found, Found + 1);
   else
     std::rotate(Found, Found + 1, FSceneChildren.end());
+  RenumberSceneChildren(0, FSceneChildren.size());
   InvalidateChild(AToFront ? *FSceneChildren.front() : *FSceneChildren.back());
 }
 
@@ -118,6 +137,7 @@ void TSceneNode::RebuildSceneChildren() {
     TSceneNode* const Child = Scene::AsSceneNode(GetChildAt(I).Get());
     if (Child && Child->FListedIn == this) FSceneChildren.push_back(Child);
   }
+  RenumberSceneChildren(0, FSceneChildren.size());
 }
 
 void TSceneNode::ChangedChildrenOrder(const TNodes&) {
@@ -175,9 +195,26 @@ void TSceneNode::DoPaint(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix) {
   PaintChildren(ACanvas, AMatrix * GetLocalMatrix());
 }
 
+/// In a paint of a part of the scene, those that may show there.
 void TSceneNode::PaintChildren(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix) {
-  for (std::size_t I = 0; I < FSceneChildren.size(); ++I)
-    TRef<TSceneNode>(FSceneChildren[I])->Paint(ACanvas, AMatrix);
+  const TScene* const Scene = GetSceneObject();
+  std::optional<TSearchArea> Area;
+  if (Scene && Scene->FPaintArea)
+    Area = AreaBehind(*Scene->FPaintArea, Scene->GetViewProjectionViewportMatrix());
+  TChildIndex::TChildren Found;
+  if (Area && IsWide() && GetIndexOfChildren().Find(*Area, AMatrix, Found)) {
+    std::sort(Found.begin(), Found.end(), [](const TSceneNode* A, const TSceneNode* B) {
+      return A->FSceneIndex < B->FSceneIndex;
+    });
+    const std::vector<TRef<TSceneNode>> Children(Found.begin(), Found.end());
+    for (const TRef<TSceneNode>& Child : Children)
+      if (Child->FListedIn == this) Child->Paint(ACanvas, AMatrix);
+    return;
+  }
+  for (std::size_t I = 0; I < FSceneChildren.size(); ++I) {
+    const TRef<TSceneNode> Child(FSceneChildren[I]);
+    if (!Area || MayTouch(Child->GetBoundsUnder(AMatrix), *Area)) Child->Paint(ACanvas, AMatrix);
+  }
 }
 
 TRef<Canvas::IInvalidateRegion> TSceneNode::GetInvalidateRegion() const {
@@ -282,7 +319,7 @@ void TSceneNode::SetCenterInGlobalSpace(TPointF APoint) {
   SetDisplacement(GetDisplacementToGetGlobalPosition(APoint));
 }
 
-// ---------------------------------------------------------------- the pointer
+// ---------------------------------------------------------------- searching
 
 ISceneNode* TSceneNode::GetNodeUnderGlobalPoint(TPointF APoint) {
   TPointF Local;
@@ -328,11 +365,10 @@ ISceneNode* TSceneNode::FindChildUnder(TPointF APoint,
                                        const TMatrix& AMatrix,
                                        TSceneNodes* ANodes) {
   ISceneNode* Result = nullptr;
+  if (IsWide() && FindChildByIndex(APoint, ALocalPoint, AMatrix, ANodes, Result)) return Result;
   for (auto I = FSceneChildren.rbegin(); I != FSceneChildren.rend(); ++I) {
     TPointF Local;
-    ISceneNode* const Found = ANodes
-                                  ? (*I)->GetNodeUnderGlobalPoint(APoint, Local, AMatrix, *ANodes)
-                                  : (*I)->GetNodeUnderGlobalPoint(APoint, Local, AMatrix);
+    ISceneNode* const Found = AskChild(**I, APoint, Local, AMatrix, ANodes);
     if (!Found || Result) continue;
     Result = Found;
     ALocalPoint = Local;
@@ -340,6 +376,86 @@ ISceneNode* TSceneNode::FindChildUnder(TPointF APoint,
   }
   return Result;
 }
+
+ISceneNode* TSceneNode::AskChild(TSceneNode& AChild,
+                                 TPointF APoint,
+                                 TPointF& ALocalPoint,
+                                 const TMatrix& AMatrix,
+                                 TSceneNodes* ANodes) {
+  return ANodes ? AChild.GetNodeUnderGlobalPoint(APoint, ALocalPoint, AMatrix, *ANodes)
+                : AChild.GetNodeUnderGlobalPoint(APoint, ALocalPoint, AMatrix);
+}
+
+/// The same among the children that the index tells; whether it could.
+bool TSceneNode::FindChildByIndex(TPointF APoint,
+                                  TPointF& ALocalPoint,
+                                  const TMatrix& AMatrix,
+                                  TSceneNodes* ANodes,
+                                  ISceneNode*& AResult) {
+  thread_local TChildIndex::TChildren Spare;  // searches of other children may begin meanwhile
+  TChildIndex::TChildren Found = std::move(Spare);
+  Found.clear();
+  const bool CanTell = GetIndexOfChildren().Find(AreaOf(APoint), AMatrix, Found);
+  const auto IsBelow = [](const TSceneNode* A, const TSceneNode* B) {
+    return A->FSceneIndex < B->FSceneIndex;
+  };
+  std::make_heap(Found.begin(), Found.end(), IsBelow);
+  for (auto End = Found.end(); CanTell && End != Found.begin() && (ANodes || !AResult); --End) {
+    std::pop_heap(Found.begin(), End, IsBelow);
+    TPointF Local;
+    ISceneNode* const Answer = AskChild(**(End - 1), APoint, Local, AMatrix, ANodes);
+    if (!Answer || AResult) continue;
+    AResult = Answer;
+    ALocalPoint = Local;
+  }
+  Spare = std::move(Found);
+  return CanTell;
+}
+
+// ---------------------------------------------------------------- extents
+
+bool TSceneNode::IsWide() const {
+  return FChildIndex || FSceneChildren.size() >= ManyChildren;
+}
+
+TChildIndex& TSceneNode::GetIndexOfChildren() {
+  if (!FChildIndex) {
+    FChildIndex = std::make_unique<TChildIndex>();
+    for (TSceneNode* Child : FSceneChildren) FChildIndex->Add(*Child);
+  }
+  return *FChildIndex;
+}
+
+void TSceneNode::ChangedExtent() {
+  for (const TSceneNode* Node = this; Node->FListedIn; Node = Node->FListedIn)
+    if (Node->FListedIn->FChildIndex) Node->FListedIn->FChildIndex->MarkStale(*Node);
+}
+
+TNodeBounds TSceneNode::GetBoundsUnder(const TMatrix& AParentMatrix) const {
+  TNodeBounds Result;
+  int Budget = BoundsBudget;
+  Result.IsKnown = IncludeBounds(AParentMatrix, ReachThrough(0.0F, AParentMatrix), Budget, Result);
+  return Result;
+}
+
+/// Whether all is known about the node and what is below it.
+bool TSceneNode::IncludeBounds(const TMatrix& AParentMatrix,
+                               float AReach,
+                               int& ABudget,
+                               TNodeBounds& ABounds) const {
+  const TExtent Own = GetExtent();
+  if (!Own.Class || *Own.Class != typeid(*this) || --ABudget < 0) return false;
+  const TMatrix Local = GetLocalMatrix();
+  const TMatrix Global = AParentMatrix * Local;
+  if (!IsWellConditioned(Global)) return false;
+  const float Reach = ReachThrough(AReach, Local);
+  if (!Own.IsEmpty) ABounds.Include(RectThrough(Own.Rect, Global, Reach), Own.Pixels);
+  return std::all_of(FSceneChildren.begin(), FSceneChildren.end(), [&](const TSceneNode* AChild) {
+    return AChild->IncludeBounds(Global, Reach, ABudget, ABounds);
+  });
+}
+
+// ---------------------------------------------------------------- the pointer
 
 void TSceneNode::MouseMove(IViewport*, TPointF APoint, bool ADragged) {
   EmitMouseMove(this, APoint, ADragged);

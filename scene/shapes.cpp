@@ -23,6 +23,7 @@ void TShape::SetRect(const TRectF& ARect) {
   const TRectF New = ARect;
   const TRectF OldPlace = GetRepaintRect(false, RepaintMargin);
   const TRectF Old = std::exchange(FRect, New);
+  ChangedExtent();
   EmitRectChange(this, Old, New);
   const auto Region = GetInvalidateRegion();
   if (!Region) return;
@@ -139,6 +140,7 @@ void TSegment::SetPoints(TPointF AStart, TPointF AEnd) {
   const bool IsWatched = static_cast<bool>(GetInvalidateRegion());
   const TRectF Old = IsWatched ? GetRepaintRect(true, RepaintMargin) : TRectF{};
   FPoints = {AStart, AEnd};
+  ChangedExtent();
   if (IsWatched) AfterMovementRepaint(Old);
 }
 
