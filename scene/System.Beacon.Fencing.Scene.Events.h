@@ -44,7 +44,10 @@ class TEventList {
 
   /// Around an emission.
   void BeginCall() noexcept { EnableMask(Calling); }
-  void EndCall();
+  void EndCall() {
+    DisableMask(Calling);
+    if (IsEnabledMask(HasCleared | HasStrays)) TidyUp();
+  }
 
   /// Exchanges two entries.
   void Swap(std::int32_t I, std::int32_t J) noexcept;
@@ -86,6 +89,7 @@ class TEventList {
   template <class TIsDropped>
   void RemoveAll(TIsDropped&& AIsDropped);
   void Regroup() noexcept;
+  void TidyUp() noexcept;
 
   TEventMask FMask = 0;
   std::int32_t FCount = 0;

@@ -104,8 +104,7 @@ void TEventList::RemoveEvent(const TObject* AnObject) {
 
 // ---------------------------------------------------------------- keeping order
 
-void TEventList::EndCall() {
-  DisableMask(Calling);
+void TEventList::TidyUp() noexcept {
   if (IsEnabledMask(HasCleared)) {
     DisableMask(HasCleared);
     CleanUp();

@@ -14,6 +14,7 @@ constexpr int FirstExponent = -24;
 // No level has more columns, or rows, on either side of 0.
 constexpr float CellsPerSide = 1024.0F;
 constexpr std::size_t FirstBuckets = 64;
+constexpr std::size_t BucketsPerItem = 4;
 
 bool Touches(const TRectF& A, const TRectF& B) {
   return A.Left <= B.Right && B.Left <= A.Right && A.Top <= B.Bottom && B.Top <= A.Bottom;
@@ -42,7 +43,7 @@ int TRectGrid::LevelOf(const TRectF& ARect) {
 bool TRectGrid::CellsOf(const TRectF& ARect, int ALevel, TCells& ACells) {
   const float Size = SizeOf(ALevel);
   const auto Clamped = [Size](float AValue) {
-    return static_cast<std::int32_t>(
+    return static_cast<std::int16_t>(
         std::floor(std::clamp(AValue / Size, -CellsPerSide - 1.0F, CellsPerSide + 1.0F)));
   };
   ACells = {Clamped(ARect.Left), Clamped(ARect.Top), Clamped(ARect.Right), Clamped(ARect.Bottom)};
@@ -84,18 +85,15 @@ void TRectGrid::Remove(TItem AnItem) {
   Placed.Level = Nothing;
 }
 
-/// Makes room for an item, and for twice as many buckets as there are items.
+/// Makes room for an item, and for enough buckets.
 void TRectGrid::Grow(TItem AnItem) {
   const auto Count = static_cast<std::size_t>(AnItem) + 1;
-  if (Count > FItems.size()) {
-    FItems.resize(Count);
-    FLinks.resize(Count * 4);
-  }
-  if (FHeads.size() >= Count * 2) return;
+  if (Count > FItems.size()) FItems.resize(Count);
+  if (FHeads.size() >= Count * BucketsPerItem) return;
   std::size_t Buckets = std::max(FirstBuckets, FHeads.size());
-  while (Buckets < Count * 2) Buckets *= 2;
+  while (Buckets < Count * BucketsPerItem) Buckets *= 2;
   FHeads.assign(Buckets, Nothing);
-  std::fill(FLinks.begin(), FLinks.end(), TLink{});
+  for (TPlaced& Placed : FItems) Placed.Links = {};
   for (std::size_t I = 0; I < FItems.size(); ++I)
     if (FItems[I].Level != Nothing) LinkAll(static_cast<TItem>(I));
 }
@@ -106,7 +104,7 @@ void TRectGrid::LinkAll(TItem AnItem) {
   const TCells& Cells = Placed.Cells;
   for (std::int32_t Corner = 0; Corner < 4; ++Corner) {
     const std::int32_t Column = Cells.Left + (Corner & 1);
-    const std::int32_t Row = Cells.Top + (Corner >> 1);
+    const std::int32_t Row = Cells.Top + Corner / 2;
     if (Column <= Cells.Right && Row <= Cells.Bottom)
       Link(AnItem * 4 + Corner, BucketOf(Placed.Level, Column, Row));
   }
@@ -114,38 +112,36 @@ void TRectGrid::LinkAll(TItem AnItem) {
 
 void TRectGrid::Link(std::int32_t ALink, std::size_t ABucket) {
   std::int32_t& Head = FHeads[ABucket];
-  FLinks[ALink] = {Head, -2 - static_cast<std::int32_t>(ABucket)};
-  if (Head != Nothing) FLinks[Head].Previous = ALink;
+  LinkAt(ALink) = {Head, -2 - static_cast<std::int32_t>(ABucket)};
+  if (Head != Nothing) LinkAt(Head).Previous = ALink;
   Head = ALink;
 }
 
 void TRectGrid::Unlink(std::int32_t ALink) {
-  const TLink Old = FLinks[ALink];
+  const TLink Old = LinkAt(ALink);
   if (Old.Previous == Nothing) return;
-  (Old.Previous < Nothing ? FHeads[-2 - Old.Previous] : FLinks[Old.Previous].Next) = Old.Next;
-  if (Old.Next != Nothing) FLinks[Old.Next].Previous = Old.Previous;
-  FLinks[ALink] = {};
+  (Old.Previous < Nothing ? FHeads[-2 - Old.Previous] : LinkAt(Old.Previous).Next) = Old.Next;
+  if (Old.Next != Nothing) LinkAt(Old.Next).Previous = Old.Previous;
+  LinkAt(ALink) = {};
 }
 
 bool TRectGrid::Find(const TRectF& AnArea, std::vector<TItem>& AnItems) const {
   if (!IsFinite(AnArea)) return false;
-  const auto ForEachLevel = [this, &AnArea](auto&& AVisit) {
-    TCells Cells;
-    for (std::uint64_t Levels = FUsedLevels; Levels != 0; Levels &= Levels - 1) {
-      const int Level = std::countr_zero(Levels);
-      if (CellsOf(AnArea, Level, Cells)) AVisit(Level, Cells);
-    }
-  };
+  const std::size_t OldSize = AnItems.size();
   std::int64_t CellCount = 0;
-  ForEachLevel([&](int, const TCells& ACells) {
-    CellCount += std::int64_t{ACells.Right - ACells.Left + 1} * (ACells.Bottom - ACells.Top + 1);
-  });
-  if (CellCount > std::max(FCount, 16)) return false;
-  ForEachLevel([&](int ALevel, const TCells& ACells) {
-    for (std::int32_t Row = ACells.Top; Row <= ACells.Bottom; ++Row)
-      for (std::int32_t Column = ACells.Left; Column <= ACells.Right; ++Column)
-        FindInCell(AnArea, ACells, ALevel, Column, Row, AnItems);
-  });
+  for (std::uint64_t Levels = FUsedLevels; Levels != 0; Levels &= Levels - 1) {
+    const int Level = std::countr_zero(Levels);
+    TCells Cells;
+    if (!CellsOf(AnArea, Level, Cells)) continue;
+    CellCount += std::int64_t{Cells.Right - Cells.Left + 1} * (Cells.Bottom - Cells.Top + 1);
+    if (CellCount > std::max(FCount, 16)) {
+      AnItems.resize(OldSize);
+      return false;
+    }
+    for (std::int32_t Row = Cells.Top; Row <= Cells.Bottom; ++Row)
+      for (std::int32_t Column = Cells.Left; Column <= Cells.Right; ++Column)
+        FindInCell(AnArea, Cells, Level, Column, Row, AnItems);
+  }
   return true;
 }
 
@@ -156,11 +152,13 @@ void TRectGrid::FindInCell(const TRectF& AnArea,
                            std::int32_t AColumn,
                            std::int32_t ARow,
                            std::vector<TItem>& AnItems) const {
-  for (std::int32_t I = FHeads[BucketOf(ALevel, AColumn, ARow)]; I != Nothing; I = FLinks[I].Next) {
+  std::int32_t Next = Nothing;
+  for (std::int32_t I = FHeads[BucketOf(ALevel, AColumn, ARow)]; I != Nothing; I = Next) {
     const TPlaced& Placed = FItems[I / 4];
+    Next = Placed.Links[I % 4].Next;
     if (Placed.Level != ALevel || !Touches(Placed.Rect, AnArea)) continue;
     const std::int32_t Column = Placed.Cells.Left + (I & 1);
-    const std::int32_t Row = Placed.Cells.Top + (I >> 1 & 1);
+    const std::int32_t Row = Placed.Cells.Top + I % 4 / 2;
     if (Column != AColumn || Row != ARow) continue;
     if (Column == std::max(Placed.Cells.Left, ASought.Left) &&
         Row == std::max(Placed.Cells.Top, ASought.Top))

@@ -31,20 +31,22 @@ class TRectGrid {
 
   /// Where a rectangle lies: columns and rows of cells on a level.
   struct TCells {
-    std::int32_t Left = 0;
-    std::int32_t Top = 0;
-    std::int32_t Right = 0;
-    std::int32_t Bottom = 0;
+    std::int16_t Left = 0;
+    std::int16_t Top = 0;
+    std::int16_t Right = 0;
+    std::int16_t Bottom = 0;
   };
-  struct TPlaced {
-    TRectF Rect;
-    std::int32_t Level = Nothing;
-    TCells Cells;
-  };
-  /// One cell of an item; four stand together for each item.
+  /// One cell of an item, in the list of all that lie there.
   struct TLink {
     std::int32_t Next = Nothing;
     std::int32_t Previous = Nothing;  // a link, or -2 - bucket at the head of a list
+  };
+  /// In one cache line, which is all that is read of it. Link n of item i has the number 4 i + n.
+  struct alignas(64) TPlaced {
+    TRectF Rect;
+    std::array<TLink, 4> Links;
+    TCells Cells;
+    std::int32_t Level = Nothing;
   };
 
   static int LevelOf(const TRectF& ARect);
@@ -55,6 +57,7 @@ class TRectGrid {
   void LinkAll(TItem AnItem);
   void Link(std::int32_t ALink, std::size_t ABucket);
   void Unlink(std::int32_t ALink);
+  TLink& LinkAt(std::int32_t ALink) { return FItems[ALink / 4].Links[ALink % 4]; }
   void FindInCell(const TRectF& AnArea,
                   const TCells& ASought,
                   int ALevel,
@@ -63,7 +66,6 @@ class TRectGrid {
                   std::vector<TItem>& AnItems) const;
 
   std::vector<TPlaced> FItems;
-  std::vector<TLink> FLinks;
   std::vector<std::int32_t> FHeads;  // by bucket; cells may share one
   std::array<std::int32_t, LevelCount> FCounts{};
   std::uint64_t FUsedLevels = 0;  // bit n: level n is not empty
