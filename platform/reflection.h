@@ -54,6 +54,8 @@ struct TTypeInfo {
   std::string_view Name;
   std::span<const std::string_view> Names = {};  ///< of an enumeration's ordinals, from 0
   const TTypeInfo* Element = nullptr;            ///< of a set or an array
+  /// Of an interface: whether the object behind another one offers it.
+  bool (*IsOfferedBy)(const IInterface* AInterface) = nullptr;
 };
 
 /// Specialised beside every enumeration that is a property: `Type`, the type's name, and `Names`,
@@ -324,7 +326,10 @@ template <class T>
   requires std::is_base_of_v<IInterface, T>
 struct TTypeOf<TRef<T>> {
   static const TTypeInfo& Info() {
-    static const TTypeInfo Value{TTypeKind::Interface, TInterfaceName<T>::Value};
+    static const TTypeInfo Value{
+        TTypeKind::Interface, TInterfaceName<T>::Value, {}, nullptr, [](const IInterface* AOther) {
+          return dynamic_cast<const T*>(AOther) != nullptr;
+        }};
     return Value;
   }
   static TValue::TData ToData(const TRef<T>& AValue) { return TRef<IInterface>(AValue); }

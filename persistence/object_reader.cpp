@@ -1,0 +1,179 @@
+#include <fmt/format.h>
+
+#include <utility>
+
+#include "persistence/System.Beacon.Fencing.RttiUtils.h"
+#include "persistence/System.Beacon.Fencing.Serializer.h"
+#include "persistence/messages.h"
+#include "persistence/value_text.h"
+#include "platform/xml_characters.h"
+
+namespace System::Beacon::Fencing {
+namespace {
+
+using TCreators = std::span<const TCreator>;
+
+[[noreturn]] void RefuseAt(const IXMLNode& ANode, const std::string& AWhat) {
+  throw EXMLError(fmt::format("{}: <{}>: {}", ANode.GetPlace(), ANode.GetNodeName(), AWhat));
+}
+
+/// Calls something that has to do with a node, and gives what it raises the node's place.
+template <class TCall>
+auto At(const IXMLNode& ANode, TCall&& ACall) {
+  try {
+    return ACall();
+  } catch (const EXMLError&) {
+    throw;  // has a place
+  } catch (const EGeneralError& Error) {
+    RefuseAt(ANode, Error.what());
+  }
+}
+
+bool IsElement(const IXMLNode& ANode, std::string_view AName) {
+  return ANode.GetKind() == TXMLNodeKind::Element && SameName(ANode.GetNodeName(), AName);
+}
+
+void RequireElement(const IXMLNode& ANode, std::string_view AName) {
+  if (!IsElement(ANode, AName))
+    RefuseAt(ANode, fmt::format(fmt::runtime(Messages::SNotInPlace), fmt::format("<{}>", AName)));
+}
+
+std::string Attribute(const IXMLNode& ANode, std::string_view AName) {
+  return std::string(ANode.GetAttribute(AName).value_or(""));
+}
+
+TRef<TInterfacedObject> MakeObject(const IXMLNode& ANode,
+                                   TCreators ACreators,
+                                   TLoadedResource& ALoadedResource) {
+  if (TRef<TInterfacedObject> Object = CreateInstanceOfClass(Attribute(ANode, "class")))
+    return Object;
+  const std::string Class = Attribute(ANode, "qualified_class");
+  TRef<TInterfacedObject> Object = CreateInstanceOfClass(Class);
+  for (auto Creator = ACreators.begin(); !Object && Creator != ACreators.end(); ++Creator) {
+    ALoadedResource = nullptr;
+    Object = (*Creator)(Class, ALoadedResource);
+  }
+  return Object;
+}
+
+/// How many elements an array is said to have, which are all there.
+std::size_t CountOf(const IXMLNode& AnElement) {
+  const auto Text = AnElement.GetAttribute("count");
+  const std::int32_t Count = Text ? At(AnElement, [&] { return ParseInteger(*Text); }) : 0;
+  if (Count <= 0) return 0;
+  const auto Result = static_cast<std::size_t>(Count);
+  const std::size_t Children = AnElement.GetChildCount();
+  if (Result > Children)
+    RefuseAt(AnElement, fmt::format(fmt::runtime(Messages::SCountTooLarge), Result, Children));
+  return Result;
+}
+
+/// An object among the elements of an array; nothing for an empty item or an unknown class.
+TValue ReadReference(const IXMLNode& ANode, const TTypeInfo& AType, TCreators ACreators) {
+  if (AType.Kind == TTypeKind::Object)  // there is nobody who would own it
+    RefuseAt(ANode, std::string(Messages::SInvalidType));
+  TRef<TInterfacedObject> Object;
+  TRef<IInterface> Interface;
+  const bool IsNothing = IsElement(ANode, "item") && !ANode.GetFirstChild();
+  if (!IsNothing) {
+    RequireElement(ANode, "object");
+    TUnserializer::UnserializeObjectFromXMLNode(Object, Interface, ANode, ACreators);
+  }
+  if (Object && !AType.IsOfferedBy(Interface.Get())) {
+    RefuseAt(ANode,
+             fmt::format(fmt::runtime(Messages::SWrongClass),
+                         Object->GetClassInfo().GetShortName(),
+                         AType.Name));
+  }
+  return {AType, std::move(Interface)};
+}
+
+TValue ReadInnerArray(const IXMLNode& AnItem, const TTypeInfo& AType, TCreators ACreators) {
+  const TRef<IXMLNode> Array = AnItem.GetFirstChild();
+  if (!Array) return {AType, std::vector<TValue>()};
+  RequireElement(*Array, "array");
+  return TUnserializer::UnserializeArrayFromXMLNode(*Array, AType, ACreators);
+}
+
+TValue ReadElement(const IXMLNode& ANode, const TTypeInfo& AType, TCreators ACreators) {
+  if (AType.Kind == TTypeKind::Object || AType.Kind == TTypeKind::Interface)
+    return ReadReference(ANode, AType, ACreators);
+  RequireElement(ANode, "item");
+  if (AType.Kind == TTypeKind::Array) return ReadInnerArray(ANode, AType, ACreators);
+  return TUnserializer::UnserializeItemFromXMLNode(ANode, AType);
+}
+
+}  // namespace
+
+bool TUnserializer::UnserializeObjectFromXMLNode(TRef<TInterfacedObject>& AObject,
+                                                 TRef<IInterface>& AnInterface,
+                                                 const IXMLNode& ANode,
+                                                 TCreators ACreators) {
+  AObject = nullptr;
+  AnInterface = nullptr;
+  TLoadedResource LoadedResource;
+  TRef<TInterfacedObject> Object =
+      At(ANode, [&] { return MakeObject(ANode, ACreators, LoadedResource); });
+  if (!Object) return false;
+  const TClassInfo& Class = Object->GetClassInfo();
+  for (TRef<IXMLNode> Child = ANode.GetFirstChild(); Child; Child = Child->GetNextSibling()) {
+    if (Child->GetKind() != TXMLNodeKind::Element) continue;
+    if (const TPropertyInfo* const Property = FindProperty(Class, Child->GetNodeName()))
+      AssignPropertyFromXMLNode(*Child, *Object, *Property, ACreators);
+  }
+  if (LoadedResource) At(ANode, [&] { LoadedResource(*Object); });
+  AnInterface = Object;
+  AObject = std::move(Object);
+  return true;
+}
+
+void TUnserializer::AssignPropertyFromXMLNode(const IXMLNode& AnElement,
+                                              TObject& AObject,
+                                              const TPropertyInfo& AProperty,
+                                              TCreators ACreators) {
+  if (!AProperty.Get || !AProperty.Set || SameName(AProperty.Name, "LoadingChildren")) return;
+  if (!AnElement.GetFirstChild()) return;
+  const TTypeInfo& Type = *AProperty.Type;
+  const TValue Value = Type.Kind == TTypeKind::Array
+                           ? UnserializeArrayFromXMLNode(AnElement, Type, ACreators)
+                           : UnserializeItemFromXMLNode(AnElement, Type);
+  At(AnElement, [&] { AProperty.Set(AObject, Value); });
+}
+
+TValue TUnserializer::UnserializeItemFromXMLNode(const IXMLNode& AnElement,
+                                                 const TTypeInfo& AType) {
+  if (!HasText(AType)) RefuseAt(AnElement, std::string(Messages::SInvalidType));
+  const TRef<IXMLNode> Child = AnElement.GetFirstChild();
+  if (Child && Child->GetKind() != TXMLNodeKind::Text)
+    RefuseAt(*Child, fmt::format(fmt::runtime(Messages::SNotInPlace), AType.Name));
+  return At(AnElement, [&] { return ParseValueText(Child ? Child->GetText() : "", AType); });
+}
+
+TValue TUnserializer::UnserializeArrayFromXMLNode(const IXMLNode& AnElement,
+                                                  const TTypeInfo& AType,
+                                                  TCreators ACreators) {
+  std::vector<TValue> Elements;
+  std::size_t Missing = CountOf(AnElement);
+  Elements.reserve(Missing);
+  for (TRef<IXMLNode> Child = AnElement.GetFirstChild(); Missing > 0; --Missing) {
+    Elements.push_back(ReadElement(*Child, *AType.Element, ACreators));
+    Child = Child->GetNextSibling();
+  }
+  return {AType, std::move(Elements)};
+}
+
+bool UnserializeFromXMLString(TRef<TInterfacedObject>& AObject,
+                              TRef<IInterface>& AnInterface,
+                              const std::string& AXML,
+                              TCreators ACreators,
+                              const std::string& AFileName) {
+  AObject = nullptr;
+  AnInterface = nullptr;
+  if (IsXMLBlank(AXML)) return false;
+  const TRef<IXMLDocument> Document = ParseXML(AXML, AFileName);
+  const TRef<IXMLNode> Root = Document->GetDocumentElement();
+  return !IsElement(*Root, "object") ||
+         TUnserializer::UnserializeObjectFromXMLNode(AObject, AnInterface, *Root, ACreators);
+}
+
+}  // namespace System::Beacon::Fencing
