@@ -28,7 +28,8 @@ inline constexpr std::string_view SNoValueOf = "'{}' is no {}; write one of {}";
 inline constexpr std::string_view SNotSoManyParts = "'{}' is not {} values with '|' between them";
 inline constexpr std::string_view SCountTooLarge =
     "count is {}, but the element holds {}; correct count or add what is missing";
-inline constexpr std::string_view SNotInPlace = "a {} should stand here";
+inline constexpr std::string_view SNotInPlace = "<{}> should stand here";
+inline constexpr std::string_view SNoValue = "a value should stand here, no element";
 inline constexpr std::string_view SWrongClass = "a {} cannot stand here, since it is no {}";
 
 // Of text files.

@@ -35,7 +35,7 @@ bool IsElement(const IXMLNode& ANode, std::string_view AName) {
 
 void RequireElement(const IXMLNode& ANode, std::string_view AName) {
   if (!IsElement(ANode, AName))
-    RefuseAt(ANode, fmt::format(fmt::runtime(Messages::SNotInPlace), fmt::format("<{}>", AName)));
+    RefuseAt(ANode, fmt::format(fmt::runtime(Messages::SNotInPlace), AName));
 }
 
 std::string Attribute(const IXMLNode& ANode, std::string_view AName) {
@@ -145,7 +145,7 @@ TValue TUnserializer::UnserializeItemFromXMLNode(const IXMLNode& AnElement,
   if (!HasText(AType)) RefuseAt(AnElement, std::string(Messages::SInvalidType));
   const TRef<IXMLNode> Child = AnElement.GetFirstChild();
   if (Child && Child->GetKind() != TXMLNodeKind::Text)
-    RefuseAt(*Child, fmt::format(fmt::runtime(Messages::SNotInPlace), AType.Name));
+    RefuseAt(*Child, std::string(Messages::SNoValue));
   return At(AnElement, [&] { return ParseValueText(Child ? Child->GetText() : "", AType); });
 }
 
