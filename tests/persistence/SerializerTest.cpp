@@ -387,10 +387,10 @@ TEST_F(SerializerTest, RefusedTextsSayWhereAndLeaveNothing) {
     Cases.emplace_back(
         Sample(fmt::format("\n <{0}>{1}</{0}>", Name, Value)),
         fmt::format("2:2: <{}>: {}", Name, fmt::format(fmt::runtime(Message), Value)));
-  for (const auto& [Text, Message] : Cases) {
+  for (const auto& Case : Cases) {
     ASSERT_TRUE(Read(Sample("")));
-    EXPECT_EQ(Raised<EXMLError>([&] { Read(Text); }), Message);
-    EXPECT_FALSE(Object || Interface || TSample::Living > 0) << Message;
+    EXPECT_EQ(Raised<EXMLError>([&] { Read(Case.first); }), Case.second);
+    EXPECT_FALSE(Object || Interface || TSample::Living > 0) << Case.second;
   }
   for (const auto& [Text, Result] : {std::pair<const char*, bool>{" \n", false},
                                      {"<object class='TNo'/>", false},
