@@ -1,6 +1,9 @@
 #include "platform/files.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -9,6 +12,7 @@
 #include <memory>
 
 #include "platform/errors.h"
+#include "platform/messages.h"
 
 namespace System {
 namespace {
@@ -19,20 +23,39 @@ using TFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
   throw EFileError(fmt::format("{}: {}: {}", APath, AWhat, std::strerror(errno)));
 }
 
+std::string ReadAll(std::FILE* AFile, const std::string& APath, std::size_t AMaxSize) {
+  std::string Result;
+  char Part[1 << 16];
+  while (const std::size_t Read = std::fread(Part, 1, sizeof Part, AFile)) {
+    Result.append(Part, Read);
+    if (Result.size() > AMaxSize)
+      throw EFileError(fmt::format("{}: longer than {} bytes", APath, AMaxSize));
+  }
+  if (std::ferror(AFile)) RaiseFileError(APath, "the file cannot be read");
+  return Result;
+}
+
+bool IsPlainFile(int ADescriptor) {
+  struct stat Status {};
+  return fstat(ADescriptor, &Status) == 0 && S_ISREG(Status.st_mode);
+}
+
 }  // namespace
 
 std::string ReadWholeFile(const std::string& APath, std::size_t AMaxSize) {
   const TFile File(std::fopen(APath.c_str(), "rb"), &std::fclose);
   if (!File) RaiseFileError(APath, "the file cannot be opened");
-  std::string Result;
-  char Part[1 << 16];
-  while (const std::size_t Read = std::fread(Part, 1, sizeof Part, File.get())) {
-    Result.append(Part, Read);
-    if (Result.size() > AMaxSize)
-      throw EFileError(fmt::format("{}: longer than {} bytes", APath, AMaxSize));
-  }
-  if (std::ferror(File.get())) RaiseFileError(APath, "the file cannot be read");
-  return Result;
+  return ReadAll(File.get(), APath, AMaxSize);
+}
+
+std::string ReadPlainFile(const std::string& APath, std::size_t AMaxSize) {
+  // Without O_NONBLOCK the opening of a pipe would wait for its other end.
+  const int Descriptor = open(APath.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (Descriptor < 0 && errno != ELOOP) RaiseFileError(APath, "the file cannot be opened");
+  const TFile File(Descriptor < 0 ? nullptr : fdopen(Descriptor, "rb"), &std::fclose);
+  if (!File || !IsPlainFile(Descriptor))
+    throw EFileError(fmt::format("{}: {}", APath, Messages::SNoPlainFile));
+  return ReadAll(File.get(), APath, AMaxSize);
 }
 
 std::string ReadWholeStream(std::istream& AStream, const std::string& AName, std::size_t AMaxSize) {
@@ -50,7 +73,8 @@ std::string ReadWholeStream(std::istream& AStream, const std::string& AName, std
 
 void ReplaceFile(const std::string& APath, std::string_view AContents) {
   const std::string Scratch = APath + ".new";
-  TFile File(std::fopen(Scratch.c_str(), "wb"), &std::fclose);
+  std::remove(Scratch.c_str());  // of an earlier run that was cut short
+  TFile File(std::fopen(Scratch.c_str(), "wbx"), &std::fclose);
   if (!File) RaiseFileError(APath, "the file cannot be written");
   const bool IsWritten =
       std::fwrite(AContents.data(), 1, AContents.size(), File.get()) == AContents.size();

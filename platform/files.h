@@ -12,10 +12,15 @@ namespace System {
 /// than `AMaxSize` bytes.
 std::string ReadWholeFile(const std::string& APath, std::size_t AMaxSize);
 
+/// The same for files in a folder that others may have filled: refuses a symbolic link, and
+/// whatever else is no plain file.
+std::string ReadPlainFile(const std::string& APath, std::size_t AMaxSize);
+
 /// The bytes of a stream up to its end; raises in the same way, naming it `AName`.
 std::string ReadWholeStream(std::istream& AStream, const std::string& AName, std::size_t AMaxSize);
 
-/// Replaces a file as a whole, or leaves it as it was and raises `EFileError`.
+/// Replaces a file as a whole, or leaves it as it was and raises `EFileError`. A symbolic link is
+/// replaced itself, and none is followed to write elsewhere.
 void ReplaceFile(const std::string& APath, std::string_view AContents);
 
 }  // namespace System

@@ -16,6 +16,21 @@ inline constexpr std::string_view SBase64Digit =
 inline constexpr std::string_view SBase64Short =
     "the Base64 text is cut short: digits and padding come in groups of four";
 
+inline constexpr std::string_view SNoPlainFile =
+    "a file of its own should stand here, no link or device";
+inline constexpr std::string_view SZipUnreadable = "the archive cannot be read: {}";
+inline constexpr std::string_view SZipUnwritable = "the archive cannot be written: {}";
+inline constexpr std::string_view SZipLarge =
+    "the archive is larger than {} bytes, packed or unpacked";
+inline constexpr std::string_view SZipEmpty = "the file is empty; an archive should stand here";
+inline constexpr std::string_view SZip64 =
+    "archives in the Zip64 format are not read; pack fewer files in the plain format";
+inline constexpr std::string_view SZipName =
+    "the entry's name is absolute, leads upwards or is no plain text; rename it";
+inline constexpr std::string_view SZipNoEntry = "there is no such entry in the archive";
+inline constexpr std::string_view SZipSize =
+    "the entry does not have the {} bytes that the archive tells";
+
 inline constexpr std::string_view SXMLTooLong = "the text is longer than {} bytes";
 inline constexpr std::string_view SXMLTooMany = "more than {} elements, texts and attributes";
 inline constexpr std::string_view SXMLTooDeep = "elements are nested deeper than {}";

@@ -11,7 +11,7 @@ jobs=${JOBS:-$(nproc)}
 # What every build needs: the presets hold the library, the program and the tests.
 build_packages=(g++ cmake ninja-build pkg-config ccache libfmt-dev nlohmann-json3-dev
   libpugixml-dev libcli11-dev libpcap-dev libsystemd-dev libgtest-dev libcairo2-dev
-  libpango1.0-dev libpng-dev libjpeg-dev libwebp-dev libsdl2-dev
+  libpango1.0-dev libpng-dev libjpeg-dev libwebp-dev libzip-dev libsdl2-dev
   libxcb-xtest0-dev)
 # What the tests run.
 test_packages=(dbus gzip python3 fonts-dejavu-core fonts-liberation2 libgdiplus xvfb)
