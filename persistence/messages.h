@@ -35,4 +35,16 @@ inline constexpr std::string_view SWrongClass = "a {} cannot stand here, since i
 // Of text files.
 inline constexpr std::string_view SNoUTF8File = "{}: the file is UTF-16; save it as UTF-8";
 
+// Of bundles.
+inline constexpr std::string_view SBundleId =
+    "'{}' is no id; ids are 1 to {} letters, digits, '-' or '_'";
+inline constexpr std::string_view SBundlePath =
+    "'{}' is no path; paths are 1 to {} bytes of UTF-8 without control characters";
+inline constexpr std::string_view SBundleAttribute = "<{}> has no attribute {}";
+inline constexpr std::string_view SBundleNoPair = "the last path has no line with its id";
+inline constexpr std::string_view SBundleLarge =
+    "{}: the bundle would hold more than {} bytes; raise its bound or pack less";
+inline constexpr std::string_view SBundleTextLarge =
+    "the bundle's text would be longer than {} bytes; keep it in a directory or an archive";
+
 }  // namespace System::Beacon::Fencing::Messages
