@@ -95,6 +95,7 @@ class TBundle : public TInterfacedObject, public virtual IBundle {
   void StoreInMemory(std::vector<TNewFile> AFiles);
   void StoreInMemory(TNewFile AFile);
   void StoreInDirectory(const TNewFile& AFile);
+  std::string GetTableWith(const std::string& APath, const std::string& AnId) const;
   void DropContent(const std::string& AnId);
   void Clear();
   void CheckRoomFor(const std::vector<TNewFile>& AFiles) const;

@@ -86,13 +86,18 @@ std::string TBundle::GetIdMapFilePath() const {
 }
 
 void TBundle::GenerateTableWithNewPath(const std::string& APath, const std::string& AnId) {
+  const std::string Table = GetTableWith(APath, AnId);
+  if (FIsDirectory) ReplaceFile(GetIdMapFilePath(), Table);
+}
+
+std::string TBundle::GetTableWith(const std::string& APath, const std::string& AnId) const {
   CheckBundlePath(APath);
   CheckBundleId(AnId);
-  if (!FIsDirectory) return;
-  std::string Table;
-  for (const auto& [Path, Id] : FPathToId) AppendToIdTable(Table, Path, Id);
-  AppendToIdTable(Table, APath, AnId);
-  ReplaceFile(GetIdMapFilePath(), Table);
+  CheckBundleFileCount(FPathToId.size() + 1);
+  std::string Result;
+  for (const auto& [Path, Id] : FPathToId) AppendToIdTable(Result, Path, Id);
+  AppendToIdTable(Result, APath, AnId);
+  return Result;
 }
 
 void TBundle::SaveToArchive(const std::string& AFile) {
@@ -182,8 +187,9 @@ void TBundle::StoreInMemory(std::vector<TNewFile> AFiles) {
 }
 
 void TBundle::StoreInDirectory(const TNewFile& AFile) {
+  const std::string Table = GetTableWith(AFile.Path, AFile.Id);
   ReplaceFile(FWorkingPath + AFile.Id, AFile.Bytes);
-  GenerateTableWithNewPath(AFile.Path, AFile.Id);
+  ReplaceFile(GetIdMapFilePath(), Table);
   DropContent(AFile.Id);
   Register(AFile.Path, AFile.Id);
 }

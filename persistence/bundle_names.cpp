@@ -69,6 +69,11 @@ void CheckBundlePath(std::string_view APath, const std::string& APlace) {
     Refuse(APlace, fmt::format(fmt::runtime(Messages::SBundlePath), Shown(APath), MaxBundlePath));
 }
 
+void CheckBundleFileCount(std::size_t ACount, const std::string& APlace) {
+  if (ACount > MaxBundleFiles)
+    Refuse(APlace, fmt::format(fmt::runtime(Messages::SBundleMany), MaxBundleFiles));
+}
+
 std::vector<TBundleName> ReadIdTable(std::string_view AText, const std::string& AFileName) {
   std::vector<TBundleName> Result;
   std::string_view Rest = WithoutBlankEnd(WithoutByteOrderMark(AText));
@@ -80,6 +85,7 @@ std::vector<TBundleName> ReadIdTable(std::string_view AText, const std::string& 
     const std::string_view Id = NextLine(Rest);
     CheckBundleId(Id, fmt::format("{}:{}", AFileName, Line + 1));
     Result.push_back({std::string(Path), std::string(Id)});
+    CheckBundleFileCount(Result.size(), AFileName);
   }
   return Result;
 }

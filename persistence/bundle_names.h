@@ -10,6 +10,7 @@ namespace System::Beacon::Fencing {
 
 inline constexpr std::size_t MaxBundleId = 64;            ///< characters
 inline constexpr std::size_t MaxBundlePath = 4096;        ///< bytes
+inline constexpr std::size_t MaxBundleFiles = 65'000;     ///< an archive holds as many
 inline constexpr std::size_t MaxIdTableSize = 16U << 20;  ///< bytes
 inline constexpr std::string_view IdTableName = "MapId.txt";
 
@@ -26,6 +27,7 @@ bool IsBundlePath(std::string_view APath) noexcept;
 // These raise `EFileError`, "PLACE: what is wrong", without "PLACE: " where that is empty.
 void CheckBundleId(std::string_view AnId, const std::string& APlace = {});
 void CheckBundlePath(std::string_view APath, const std::string& APlace = {});
+void CheckBundleFileCount(std::size_t ACount, const std::string& APlace = {});
 
 /// Reads a table of ids: lines in pairs, a path and its id. A byte-order mark, CR before the line
 /// ends and blank lines at the end are passed over. Raises `EFileError`, "FILE:LINE: what is

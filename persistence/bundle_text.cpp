@@ -88,7 +88,9 @@ bool TBundle::UnserializeFromXMLNode(const TRef<IXMLNode>& ANode) {
   if (!Bundle) return false;
   std::vector<TNewFile> Files;
   for (TRef<IXMLNode> Child = Bundle->GetFirstChild(); Child; Child = Child->GetNextSibling()) {
-    if (IsFile(Child)) Files.push_back(ReadFileElement(Child));
+    if (!IsFile(Child)) continue;
+    Files.push_back(ReadFileElement(Child));
+    CheckBundleFileCount(Files.size());
   }
   StoreInMemory(std::move(Files));
   return true;

@@ -42,6 +42,7 @@ inline constexpr std::string_view SBundlePath =
     "'{}' is no path; paths are 1 to {} bytes of UTF-8 without control characters";
 inline constexpr std::string_view SBundleAttribute = "<{}> has no attribute {}";
 inline constexpr std::string_view SBundleNoPair = "the last path has no line with its id";
+inline constexpr std::string_view SBundleMany = "there are more than {} files";
 inline constexpr std::string_view SBundleLarge =
     "{}: the bundle would hold more than {} bytes; raise its bound or pack less";
 inline constexpr std::string_view SBundleTextLarge =

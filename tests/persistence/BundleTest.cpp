@@ -151,10 +151,13 @@ TEST_F(Bundle, ARefusedTextLeavesWhatWasLoaded) {
   Target->AddString("kept", "content", Id, false);
   const std::string Before = Listed(*Target);
   const std::string First = "<b><file path='kept' id='1'>MQ==</file>\n";
+  std::string Many = "<b>";
+  for (int I = 0; I <= 65'000; ++I) Many += "<file path='p' id='1'/>";
   const struct TCase {
     std::string Text;
     std::string Message;
   } Cases[] = {
+      {Many + "</b>", "there are more than 65000 files"},
       {"<b>", "1:1: <b> is not closed"},
       {First + "<file id='2'/></b>", "2:1: <file> has no attribute path"},
       {First + "<file path='p'/></b>", "2:1: <file> has no attribute id"},
