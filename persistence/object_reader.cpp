@@ -132,7 +132,7 @@ void TUnserializer::AssignPropertyFromXMLNode(const IXMLNode& AnElement,
                                               const TPropertyInfo& AProperty,
                                               TCreators ACreators) {
   if (!AProperty.Get || !AProperty.Set || SameName(AProperty.Name, "LoadingChildren")) return;
-  if (!AnElement.GetFirstChild()) return;
+  if (!AnElement.GetFirstText() && !AnElement.GetFirstChild()) return;
   const TTypeInfo& Type = *AProperty.Type;
   const TValue Value = Type.Kind == TTypeKind::Array
                            ? UnserializeArrayFromXMLNode(AnElement, Type, ACreators)
@@ -143,10 +143,10 @@ void TUnserializer::AssignPropertyFromXMLNode(const IXMLNode& AnElement,
 TValue TUnserializer::UnserializeItemFromXMLNode(const IXMLNode& AnElement,
                                                  const TTypeInfo& AType) {
   if (!HasText(AType)) RefuseAt(AnElement, std::string(Messages::SInvalidType));
-  const TRef<IXMLNode> Child = AnElement.GetFirstChild();
-  if (Child && Child->GetKind() != TXMLNodeKind::Text)
+  const auto Text = AnElement.GetFirstText();
+  if (const TRef<IXMLNode> Child = Text ? nullptr : AnElement.GetFirstChild())
     RefuseAt(*Child, std::string(Messages::SNoValue));
-  return At(AnElement, [&] { return ParseValueText(Child ? Child->GetText() : "", AType); });
+  return At(AnElement, [&] { return ParseValueText(Text.value_or(""), AType); });
 }
 
 TValue TUnserializer::UnserializeArrayFromXMLNode(const IXMLNode& AnElement,

@@ -54,7 +54,7 @@ void AppendName(std::string& AText, const TValue& AValue) {
   AText += Type.Names[static_cast<std::size_t>(Ordinal)];
 }
 
-/// What stands for a character that cannot stand for itself; empty for the others.
+/// What stands for a character that cannot stand for itself.
 std::string_view ReferenceFor(char AChar) noexcept {
   switch (AChar) {
     case '<':
@@ -67,10 +67,23 @@ std::string_view ReferenceFor(char AChar) noexcept {
       return "&quot;";
     case '\'':
       return "&apos;";
-    case '\r':
-      return "&#13;";
     default:
-      return {};
+      return "&#13;";
+  }
+}
+
+bool IsEscaped(char AChar) noexcept {
+  return AChar <= '>' && (AChar == '<' || AChar == '>' || AChar == '&' || AChar == '"' ||
+                          AChar == '\'' || AChar == '\r');
+}
+
+void AppendEscaped(std::string& AText, std::string_view AValue) {
+  while (true) {
+    const auto Next = std::find_if(AValue.begin(), AValue.end(), IsEscaped);
+    AText.append(AValue.begin(), Next);
+    if (Next == AValue.end()) return;
+    AText += ReferenceFor(*Next);
+    AValue.remove_prefix(Next - AValue.begin() + 1);
   }
 }
 
@@ -215,13 +228,7 @@ void AppendXMLText(std::string& AText, std::string_view AValue) {
   const std::size_t Last = AValue.find_last_not_of(Space) + 1;  // npos + 1 is 0
   AppendReferences(AText, AValue.substr(0, First));
   if (First == AValue.size()) return;
-  for (const char C : AValue.substr(First, Last - First)) {
-    const std::string_view Reference = ReferenceFor(C);
-    if (Reference.empty())
-      AText += C;
-    else
-      AText += Reference;
-  }
+  AppendEscaped(AText, AValue.substr(First, Last - First));
   AppendReferences(AText, AValue.substr(Last));
 }
 

@@ -65,6 +65,7 @@ class TXMLNode final : public TInterfacedObject, public virtual IXMLNode {
   TXMLNodeKind GetKind() const override;
   std::string_view GetNodeName() const override;
   std::string GetText() const override;
+  std::optional<std::string_view> GetFirstText() const override;
   std::optional<std::string_view> GetAttribute(std::string_view AName) const override;
   std::vector<TXMLAttribute> GetAttributes() const override;
   TRef<IXMLNode> GetFirstChild() const override {
@@ -137,6 +138,12 @@ std::string TXMLNode::GetText() const {
     if (IsText(Child)) Result += Child.value();
   }
   return Result;
+}
+
+std::optional<std::string_view> TXMLNode::GetFirstText() const {
+  const pugi::xml_node Child = SkipComments(FNode.first_child());
+  if (!IsText(Child)) return std::nullopt;
+  return Child.value();
 }
 
 std::optional<std::string_view> TXMLNode::GetAttribute(std::string_view AName) const {

@@ -51,6 +51,8 @@ class IXMLNode : public virtual IInterface {
   /// The characters of a text or of an instruction; of other nodes those of the texts directly in
   /// them, joined.
   virtual std::string GetText() const = 0;
+  /// The characters of the first child when that is a text. Makes no node of it.
+  virtual std::optional<std::string_view> GetFirstText() const = 0;
   /// The value of an attribute of exactly that name, if there is one.
   virtual std::optional<std::string_view> GetAttribute(std::string_view AName) const = 0;
   /// The attributes in their order; those of the declaration count as such.

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <cfloat>
 #include <cmath>
 #include <filesystem>
 #include <limits>
@@ -94,21 +95,18 @@ const TClassInfo& TSample::ClassInfo() {
   return Info;
 }
 
-const std::vector<const TClassInfo*>& CreatableClasses() {
-  static const std::vector<const TClassInfo*> Classes{&TNode::ClassInfo(),
-                                                      &TLayer::ClassInfo(),
-                                                      &TScene::ClassInfo(),
-                                                      &TCamera::ClassInfo(),
-                                                      &TRectangle::ClassInfo(),
-                                                      &TEllipse::ClassInfo(),
-                                                      &TSegment::ClassInfo(),
-                                                      &TPolygonShape::ClassInfo()};
-  return Classes;
+template <class... T>
+std::vector<const TClassInfo*> ClassesOf() {
+  return {&T::ClassInfo()...};
 }
+
+/// The classes of scenes that can be made by name.
+const auto SceneClasses =
+    ClassesOf<TNode, TLayer, TScene, TCamera, TRectangle, TEllipse, TSegment, TPolygonShape>;
 
 struct SerializerTest : testing::Test {
   SerializerTest() {
-    for (const TClassInfo* Class : CreatableClasses()) GetSharedRttiContext().Register(*Class);
+    for (const TClassInfo* Class : SceneClasses()) GetSharedRttiContext().Register(*Class);
     GetSharedRttiContext().Register(TSample::ClassInfo());
   }
   bool Read(const std::string& AXML, const std::vector<TCreator>& ACreators = {}) {
@@ -205,93 +203,61 @@ TEST_F(SerializerTest, TextsOfOtherWritersAreRead) {
 
 // ---------------------------------------------------------------- random scenes
 
+/// Trees of nodes whose published properties all hold random values.
 class TRandomScenes {
  public:
   explicit TRandomScenes(unsigned ASeed) : FRandom(ASeed) {}
 
-  /// A node with random values, and nodes below it.
   TRef<TNode> Make(int ADepth) {
-    const TClassInfo& Class = *CreatableClasses()[Below(CreatableClasses().size())];
-    const TRef<TNode> Result(dynamic_cast<TNode*>(Class.Create().Get()));
-    for (const TRef<IProperty>& Property : GetProperties(Result.Get()))
+    const auto Classes = SceneClasses();
+    const TRef<TNode> Result(dynamic_cast<TNode*>(Classes[Below(Classes.size())]->Create().Get()));
+    for (const TRef<IProperty>& Property : GetProperties(Result.Get())) {
+      FGreatestInteger = Property->GetName() == "Commands" ? 1 : 0xFFFFFFFF;
       if (Property->IsPublished() && Property->GetName() != "Children")
-        Property->SetValue(ValueOf(*Property->GetType(), Property->GetName() == "Commands"));
+        Property->SetValue(Value(*Property->GetType()));
+    }
     for (std::size_t I = ADepth > 0 ? Below(4) : 0; I > 0; --I) Result->AddChild(Make(ADepth - 1));
     return Result;
   }
 
  private:
   std::size_t Below(std::size_t ACount) { return FRandom() % ACount; }
+  std::int32_t Integer() { return static_cast<std::int32_t>(FRandom() & FGreatestInteger); }
   float Float() {
-    using TLimits = std::numeric_limits<float>;
-    static constexpr float Awkward[] = {0,
-                                        -0.0F,
-                                        TLimits::max(),
-                                        TLimits::lowest(),
-                                        TLimits::min(),
-                                        TLimits::denorm_min(),
-                                        1E15F,
-                                        1E-5F};
+    static constexpr float Awkward[] = {0, -0.0F, FLT_MAX, -FLT_MAX, FLT_MIN, 1E-45F, 1E15F};
     if (Below(2) == 0) return Awkward[Below(std::size(Awkward))];
     return std::ldexp(static_cast<float>(FRandom()) / 2E9F - 1, static_cast<int>(Below(80)) - 40);
   }
   std::string Text() {
-    static constexpr std::string_view Parts[] = {"<",
-                                                 ">",
-                                                 "&",
-                                                 "\"",
-                                                 "'",
-                                                 "\r",
-                                                 "\n",
-                                                 "\t",
-                                                 " ",
-                                                 "]]>",
-                                                 "&lt;",
-                                                 "&#13;",
-                                                 "a",
-                                                 "é",
-                                                 "\U0001F600"};
+    static constexpr std::string_view Characters = "<>&\"'\r\n\t ];#13a";
     std::string Result;
-    do Result += Parts[Below(std::size(Parts))];
-    while (Below(8) > 0);
+    do {
+      Result += Characters[Below(Characters.size())];
+      if (Below(8) == 0) Result += "\U0001F600";
+    } while (Below(8) > 0);
     return Result;
   }
-  TValue ValueOf(const TTypeInfo& AType, bool AIsCommand) {
-    switch (AType.Kind) {
-      case TTypeKind::Boolean:
-        return {AType, Below(2) == 1};
-      case TTypeKind::Integer:
-        return {AType, std::int64_t{static_cast<std::int32_t>(AIsCommand ? Below(2) : FRandom())}};
-      case TTypeKind::Single:
-        return {AType, double{Float()}};
-      case TTypeKind::String:
-        return {AType, Text()};
-      case TTypeKind::Enumeration:
-        return {AType, std::int64_t(Below(AType.Names.size()))};
-      case TTypeKind::Color:
-        return {AType, TAlphaColor{static_cast<std::uint32_t>(FRandom())}};
-      case TTypeKind::GUID:
-        return {AType, TGUID{{static_cast<std::uint8_t>(FRandom())}}};
-      case TTypeKind::Point:
-        return {AType, TPointF{Float(), Float()}};
-      case TTypeKind::Rect:
-        return {AType, TRectF{Float(), Float(), Float(), Float()}};
-      case TTypeKind::StringPair:
-        return {AType, TStringPair{Text(), Text()}};
-      case TTypeKind::IntegerPair:
-        return {AType, TIntegerPair{Below(9), Below(9)}};
-      case TTypeKind::Array: {
-        std::vector<TValue> Elements(Below(6));
-        for (TValue& Element : Elements) Element = ValueOf(*AType.Element, AIsCommand);
-        return {AType, Elements};
-      }
-      default:
-        ADD_FAILURE() << "no values of " << AType.Name;
-        return {};
-    }
+  TValue::TData Data(const TTypeInfo& AType) {
+    if (AType.Kind == TTypeKind::Boolean) return Below(2) == 1;
+    if (AType.Kind == TTypeKind::Integer) return std::int64_t{Integer()};
+    if (AType.Kind == TTypeKind::Single) return double{Float()};
+    if (AType.Kind == TTypeKind::String) return Text();
+    if (AType.Kind == TTypeKind::Enumeration) return std::int64_t(Below(AType.Names.size()));
+    if (AType.Kind == TTypeKind::Color) return TAlphaColor{static_cast<std::uint32_t>(FRandom())};
+    if (AType.Kind == TTypeKind::GUID) return TGUID{{static_cast<std::uint8_t>(FRandom())}};
+    if (AType.Kind == TTypeKind::Point) return TPointF{Float(), Float()};
+    if (AType.Kind == TTypeKind::Rect) return TRectF{Float(), Float(), Float(), Float()};
+    if (AType.Kind == TTypeKind::StringPair) return TStringPair{Text(), Text()};
+    if (AType.Kind == TTypeKind::IntegerPair) return TIntegerPair{Integer(), Integer()};
+    EXPECT_EQ(AType.Kind, TTypeKind::Array) << "no values of " << AType.Name;
+    std::vector<TValue> Elements(Below(6));
+    for (TValue& Element : Elements) Element = Value(*AType.Element);
+    return Elements;
   }
+  TValue Value(const TTypeInfo& AType) { return {AType, Data(AType)}; }
 
   std::mt19937 FRandom;
+  std::uint32_t FGreatestInteger = 0;
 };
 
 TEST_F(SerializerTest, RandomScenesAreWrittenReadAndWrittenAgainToTheSameBytes) {
