@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <limits>
 #include <random>
+#include <sstream>
 
 #include "persistence/System.Beacon.Fencing.RttiUtils.h"
 #include "platform/files.h"
@@ -153,17 +154,12 @@ TEST_F(SerializerTest, EveryTypeHasItsTextAndComesBack) {
       {"Nodes", TValue::From(TNodeList{nullptr}), R"( count = "1"><item></item><)"},
       {"Node", TValue::From(TRef<INode>()), "><"},
   };
-  for (const auto& [Value, Text] : std::initializer_list<std::pair<float, const char*>>{
-           {0.9F, "0.899999976158142"},
-           {-0.1F, "-0.100000001490116"},
-           {-0.0F, "-0"},
-           {1E-4F, "9.99999974737875E-5"},
-           {1E20F, "1.00000002004088E20"},
-           {16777216.0F, "16777216"},
-           {1E15F, "999999986991104"},
-           {std::numeric_limits<float>::max(), "3.40282346638529E38"},
-           {std::numeric_limits<float>::denorm_min(), "1.40129846432482E-45"}})
-    Cases.emplace_back("Single", TValue::From(Value), fmt::format(">{}<", Text));
+  std::istringstream Numbers(
+      "10 0.5 0.899999976158142 -0.100000001490116 -0 9.99999974737875E-5 1.00000002004088E20 "
+      "16777216 999999986991104 3.40282346638529E38 1.40129846432482E-45");
+  for (std::string Text; Numbers >> Text;)
+    Cases.emplace_back(
+        "Single", TValue::From(std::strtof(Text.c_str(), nullptr)), ">" + Text + "<");
   for (const auto& [Name, Value, Text] : Cases) {
     const TRef<TSample> Written = New<TSample>();
     SetObjectPropertyValue(Written.Get(), Name, Value);
