@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/controls/screen.h"
+#include "platform/controls/timer.h"
 #include "platform/threads.h"
 
 namespace System {
@@ -21,7 +22,7 @@ TTicks NextDeadline() {
   for (const TWindow* Window : OpenWindows()) {
     if (Window->IsDamaged()) return Ticks();
   }
-  return NoDeadline;
+  return TTimer::NextDeadline();
 }
 
 void UpdateWindows() {
@@ -36,6 +37,7 @@ void UpdateWindows() {
 void Turn(TTicks ADeadline) {
   if (!OpenWindows().empty()) IScreen::Instance().Process(std::min(ADeadline, NextDeadline()));
   ServeHandOffs();
+  TTimer::ServeDue();
   UpdateWindows();
 }
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/controls/offscreen_control.h"
+#include "platform/controls/timer.h"
 #include "platform/threads.h"
 #include "scene/scene_host.h"
 #include "support/raised.h"
@@ -124,8 +125,14 @@ TEST_F(WindowTest, TellsWheelAndKeysAndAsksBeforeItCloses) {
   EXPECT_FALSE(Window.IsOpen());
 }
 
-TEST_F(WindowTest, IsWokenByThreadsAndEndsItsLoopWhenToldTo) {
+TEST_F(WindowTest, IsWokenByThreadsAndTimersAndEndsItsLoopWhenToldTo) {
   TWindow Window("threads", 50, 50);
+  TTimer Timer;
+  Timer.SetInterval(1);
+  Timer.SetOnTimer([] { TWindow::Quit(); });
+  Timer.SetEnabled(true);
+  TWindow::Run();
+  Timer.SetEnabled(false);
   Window.SetOnPaint([&](TObject*, TDrawing*, const TRectF&) {
     if (Window.GetTitle() == "repainted") TWindow::Quit();
   });
