@@ -34,7 +34,10 @@ TEST(Damage, IsAFewRectanglesThatHoldAll) {
     EXPECT_EQ(Text, C.Rects);
   }
   TDamage Many;
-  for (float I = 0; I < 100; ++I) Many.Add({I * 10, I * 10, I * 10 + 1, I * 10 + 1});
+  for (int I = 0; I < 100; ++I) {
+    const auto At = static_cast<float>(I * 10);
+    Many.Add({At, At, At + 1, At + 1});
+  }
   TRectF Bounds;
   for (const TRectF& Rect : Many.GetRects()) Bounds = UnionRect(Bounds, Rect);
   EXPECT_EQ(Many.GetRects().size(), TDamage::MaxCount);

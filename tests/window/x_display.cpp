@@ -13,8 +13,6 @@
 #include <cstring>
 #include <string_view>
 
-extern char** environ;
-
 namespace System {
 namespace {
 

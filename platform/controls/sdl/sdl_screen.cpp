@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
 
 #include "platform/controls/sdl/sdl_window.h"
 #include "platform/controls/window.h"
@@ -34,6 +35,13 @@ void SetHints() {
   SDL_SetHint(SDL_HINT_QUIT_ON_LAST_WINDOW_CLOSE, "0");
 }
 
+/// Where it finds no display, SDL falls back to a driver whose windows are nowhere. Only those who
+/// ask for it want that.
+bool ShowsNothing() {
+  const std::string_view Driver = SDL_GetCurrentVideoDriver();
+  return (Driver == "offscreen" || Driver == "dummy") && !SDL_GetHint(SDL_HINT_VIDEODRIVER);
+}
+
 }  // namespace
 
 IScreen& IScreen::Instance() {
@@ -56,6 +64,11 @@ void TSdlScreen::Connect() {
   const std::lock_guard Guard(FLock);
   SetHints();
   if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) RaiseScreenError();
+  if (ShowsNothing()) {
+    SDL_QuitSubSystem(SDL_INIT_VIDEO);
+    SDL_SetError("there is no display");
+    RaiseScreenError();
+  }
   ++FConnections;
 }
 
