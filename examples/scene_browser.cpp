@@ -1,7 +1,7 @@
 // A small editor: a scene in a window, or with --picture FILE in a picture.
 //
-// Drag a shape to move it and the background to pan, turn the wheel to zoom about the pointer,
-// press the button to have everything glide back home. Escape closes the window.
+// Drag a shape to move it, the background to pan; the wheel zooms about the pointer, the button
+// lets everything glide back home. Escape closes the window.
 #include <cmath>
 #include <cstdio>
 #include <span>
@@ -67,7 +67,6 @@ class TBrowser {
   }
 
   const TRef<TScene>& GetScene() const { return FScene; }
-
   /// The place under the pointer stays where it is.
   void Zoom(const TPointF& APoint, float ASteps) {
     const TPointF Before = FScene->ViewportSpaceToGlobalSpace(nullptr, APoint);
