@@ -4,7 +4,7 @@ include(CMakePackageConfigHelpers)
 install(TARGETS wayfence EXPORT wayfenceTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-foreach(folder platform positioning fencing scene persistence)
+foreach(folder platform positioning fencing scene persistence map)
   if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${folder})
     install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/wayfence
             FILES_MATCHING PATTERN "*.h")

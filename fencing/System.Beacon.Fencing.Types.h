@@ -40,7 +40,7 @@ class IDesignShape : public virtual IInterface {
  public:
   virtual TPointF GetDisplacement() const = 0;
   virtual TPointF GetCenterInGlobalSpace() const = 0;
-  virtual std::string GetName() const = 0;
+  virtual const std::string& GetName() const = 0;
   virtual TRectF GetGlobalRect() const = 0;
   virtual std::string GetInformationItems() const = 0;
 
@@ -52,7 +52,7 @@ class IDesignShape : public virtual IInterface {
 class IDesignZone : public virtual IInterface {
  public:
   virtual TPointF GetCenterInGlobalSpace() const = 0;
-  virtual std::string GetName() const = 0;
+  virtual const std::string& GetName() const = 0;
   virtual bool IsUnderGlobalPoint(TPointF APoint) const = 0;
   virtual TRectF GetGlobalRect() const = 0;
   virtual std::string GetInformationItems() const = 0;
@@ -64,7 +64,7 @@ class IDesignZone : public virtual IInterface {
 /// A map: one floor.
 class IDesignMap : public virtual IInterface {
  public:
-  virtual std::string GetName() const = 0;
+  virtual const std::string& GetName() const = 0;
   virtual TRectF GetGlobalRect() const = 0;
   /// Shows the route over the nodes `APath` (numbers into `APoints`); an empty one shows nothing.
   virtual void HighLitCustomPath(std::span<const TPathNodeInfo> APoints,
@@ -80,7 +80,7 @@ class IDesignMapPath : public virtual IInterface {
   virtual TArray<TPointF> GetPathGlobalPoints() const = 0;
   /// Pairs of indexes into the points.
   virtual TArray<TPathEdge> GetPathEdges() const = 0;
-  virtual std::string GetName() const = 0;
+  virtual const std::string& GetName() const = 0;
 
  protected:
   ~IDesignMapPath() = default;
@@ -105,7 +105,7 @@ class IDesignBeacon : public virtual IInterface {
   virtual float GetSignalDistance() const = 0;
   virtual TPointF GetDisplacement() const = 0;
   virtual TPointF GetCenterInGlobalSpace() const = 0;
-  virtual std::string GetName() const = 0;
+  virtual const std::string& GetName() const = 0;
   virtual TRectF GetGlobalRect() const = 0;
   /// Whether the estimator may use the beacon.
   virtual bool GetUseToPositioning() const = 0;

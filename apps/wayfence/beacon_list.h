@@ -52,7 +52,7 @@ class TListedBeacon final : public System::TInterfacedObject,
   float GetSignalDistance() const override { return 0.0F; }
   System::TPointF GetDisplacement() const override { return FRow.Place; }
   System::TPointF GetCenterInGlobalSpace() const override { return FRow.Place; }
-  std::string GetName() const override { return FRow.Name; }
+  const std::string& GetName() const override { return FRow.Name; }
   System::TRectF GetGlobalRect() const override {
     return {FRow.Place.X, FRow.Place.Y, FRow.Place.X, FRow.Place.Y};
   }

@@ -39,7 +39,7 @@ class TFakeDesignBeacon final : public TInterfacedObject, public virtual IDesign
   float GetSignalDistance() const override { return SignalDistance; }
   TPointF GetDisplacement() const override { return Displacement.value_or(Center); }
   TPointF GetCenterInGlobalSpace() const override { return Center; }
-  std::string GetName() const override { return Name; }
+  const std::string& GetName() const override { return Name; }
   TRectF GetGlobalRect() const override { return {Center.X, Center.Y, Center.X, Center.Y}; }
   bool GetUseToPositioning() const override { return UseToPositioning; }
   void SetUseToPositioning(bool AValue) override { UseToPositioning = AValue; }
@@ -55,7 +55,7 @@ class TFakeDesignZone final : public TInterfacedObject, public virtual IDesignZo
   std::string InformationItems;
 
   TPointF GetCenterInGlobalSpace() const override { return Rect.GetCentre(); }
-  std::string GetName() const override { return Name; }
+  const std::string& GetName() const override { return Name; }
   bool IsUnderGlobalPoint(TPointF APoint) const override { return Rect.Contains(APoint); }
   TRectF GetGlobalRect() const override { return Rect; }
   std::string GetInformationItems() const override { return InformationItems; }
@@ -70,7 +70,7 @@ class TFakeDesignMap final : public TInterfacedObject, public virtual IDesignMap
   std::size_t ShownPoints = 0;  ///< how many points came with it
   int Showings = 0;
 
-  std::string GetName() const override { return Name; }
+  const std::string& GetName() const override { return Name; }
   TRectF GetGlobalRect() const override { return Rect; }
   void HighLitCustomPath(std::span<const TPathNodeInfo> APoints,
                          std::span<const std::int32_t> APath) override {

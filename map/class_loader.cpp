@@ -1,0 +1,41 @@
+#include <array>
+
+#include "map/System.Beacon.Fencing.Scene.Beacons.h"
+#include "persistence/System.Beacon.Fencing.RttiUtils.h"
+
+namespace System::Beacon::Fencing::Scene::Beacons {
+namespace {
+
+/// The classes of stored scenes.
+const auto& SceneClasses() {
+  static const std::array Classes{&TScene::ClassInfo(),
+                                  &TConnectingNodes::ClassInfo(),
+                                  &TMap::ClassInfo(),
+                                  &TBeacon::ClassInfo(),
+                                  &TPathsLayer::ClassInfo(),
+                                  &TZonesLayer::ClassInfo(),
+                                  &TBeaconsLayer::ClassInfo(),
+                                  &TMapPath::ClassInfo(),
+                                  &TMapPathNode::ClassInfo(),
+                                  &TPathZone::ClassInfo(),
+                                  &TCircularZone::ClassInfo(),
+                                  &TZone::ClassInfo(),
+                                  &TCamera::ClassInfo()};
+  return Classes;
+}
+
+}  // namespace
+
+TRef<TInterfacedObject> GetDefaultClassLoader(const std::string& AQualifiedClass,
+                                              TLoadedResource& ALoadedResource) {
+  ALoadedResource = nullptr;
+  for (const TClassInfo* Class : SceneClasses())
+    if (SameName(AQualifiedClass, Class->Name)) return Class->Create();
+  return nullptr;
+}
+
+void RegisterSceneClasses() {
+  for (const TClassInfo* Class : SceneClasses()) GetSharedRttiContext().Register(*Class);
+}
+
+}  // namespace System::Beacon::Fencing::Scene::Beacons
