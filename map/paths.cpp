@@ -9,11 +9,15 @@ namespace System::Beacon::Fencing::Scene::Beacons {
 namespace {
 
 template <class T>
-std::vector<TRef<T>> CollectNodes(INode* ARoot) {
-  std::vector<TRef<T>> Result;
-  TNodeHelper::Visit(ARoot, [&Result](INode* ANode) {
-    if (auto* Found = Supports<T>(ANode)) Result.emplace_back(Found);
-  });
+void CollectIf(INode* ANode, std::vector<TRef<T>>& ANodes) {
+  if (auto* Found = Supports<T>(ANode)) ANodes.emplace_back(Found);
+}
+
+/// By control point; nothing where there is no shape.
+std::vector<TRef<IShape>> ShapesOf(IMapPath& APath) {
+  std::vector<TRef<IShape>> Result;
+  for (const TRef<IPathNode>& Node : APath.GetControlPointNodes())
+    Result.emplace_back(Supports<IShape>(Node));
   return Result;
 }
 
@@ -49,9 +53,14 @@ class TGraphOfPaths {
  public:
   void AddPath(IMap& AMap, IMapPath& APath) {
     const TPlace Place(&AMap, &APath);
+    const std::vector<TRef<IShape>> Shapes = ShapesOf(APath);
+    const auto ShapeAt = [&Shapes](std::int32_t AnIndex) {
+      const auto Index = static_cast<std::size_t>(AnIndex);
+      return Index < Shapes.size() ? Shapes[Index].Get() : nullptr;
+    };
     for (const auto& [From, To] : APath.GetConnections()) {
-      const TRef<IShape> A(Supports<IShape>(APath.GetControlPointNode(From)));
-      const TRef<IShape> B(Supports<IShape>(APath.GetControlPointNode(To)));
+      IShape* const A = ShapeAt(From);
+      IShape* const B = ShapeAt(To);
       if (!A || !B) continue;
       const std::int32_t Start = Vertex(*A, Place, From);
       FEdges.emplace_back(Start, Vertex(*B, Place, To));
@@ -105,9 +114,17 @@ class TGraphOfPaths {
 
 void GetAllPaths(IScene* AScene, TArray<TPathNodeInfo>& AnInfos, TArray<TPathEdge>& AnEdges) {
   TGraphOfPaths Graph;
-  for (const TRef<IMap>& Map : CollectNodes<IMap>(AScene))
-    for (const TRef<IMapPath>& Path : CollectNodes<IMapPath>(Map.Get())) Graph.AddPath(*Map, *Path);
-  const auto Links = CollectNodes<IConnectingNodes>(AScene);
+  std::vector<TRef<IMap>> Maps;
+  std::vector<TRef<IConnectingNodes>> Links;
+  TNodeHelper::Visit(AScene, [&](INode* ANode) {
+    CollectIf(ANode, Maps);
+    CollectIf(ANode, Links);
+  });
+  for (const TRef<IMap>& Map : Maps) {
+    std::vector<TRef<IMapPath>> Paths;
+    TNodeHelper::Visit(Map.Get(), [&Paths](INode* ANode) { CollectIf(ANode, Paths); });
+    for (const TRef<IMapPath>& Path : Paths) Graph.AddPath(*Map, *Path);
+  }
   if (!Links.empty()) {
     const TNodesByName ByName(AScene);
     for (const TRef<IConnectingNodes>& Each : Links) Graph.AddLinks(*Each, ByName);

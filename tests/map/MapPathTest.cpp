@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "map/System.Beacon.Fencing.Scene.Beacons.h"
+#include "persistence/System.Beacon.Fencing.Serializer.h"
 #include "platform/errors.h"
 #include "scene/canvas/System.Beacon.Fencing.Canvas.Wyx.h"
 #include "support/pictures.h"
@@ -332,6 +333,21 @@ TEST(Maps, AreDrawnWithBeaconsZonesPathsAndRoutes) {
   TDrawing Drawing(Side, Side);
   Paint(*Floors.Scene, Drawing);
   ExpectPicture(Drawing.GetPicture(), "map_floor");
+}
+
+TEST(Maps, AreReadBackWithTheSameGraph) {
+  TTwoFloors Floors;
+  Furnish(Floors);
+  GetAllPaths(Floors.Scene.Get(), Floors.Infos, Floors.Edges);
+  const std::string Graph = Floors.GraphText();
+  const std::string Text = SerializeToXML(*Floors.Scene);
+  TRef<TInterfacedObject> Scene;
+  TRef<IInterface> Ignored;
+  const TCreator Loader = GetDefaultClassLoader;
+  ASSERT_TRUE(UnserializeFromXMLString(Scene, Ignored, Text, std::span(&Loader, 1)));
+  GetAllPaths(Supports<IScene>(Scene), Floors.Infos, Floors.Edges);
+  EXPECT_EQ(Floors.GraphText(), Graph);
+  EXPECT_EQ(SerializeToXML(*Scene), Text);
 }
 
 TEST(Maps, AreSearchedAndPaintedInPartsAsAWhole) {
