@@ -74,6 +74,15 @@ class IDesignMap : public virtual IInterface {
   ~IDesignMap() = default;
 };
 
+/// What a map may tell beside: the unit of its coordinates.
+class IDesignMapUnits : public virtual IInterface {
+ public:
+  virtual TMeasureUnits GetMeasureUnits() const = 0;
+
+ protected:
+  ~IDesignMapUnits() = default;
+};
+
 /// A walkable path of a map.
 class IDesignMapPath : public virtual IInterface {
  public:

@@ -217,13 +217,16 @@ class TPathZone : public TZoneOf<TPolygonShape> {
 
 /// A floor: a rectangle with the floor's picture (`BitmapPath`), and on it the route that is shown.
 /// Its size in its measure units is its rectangle.
-class TMap : public TDescribed<TRectangle>, public virtual IMap, public virtual IDesignMap {
+class TMap : public TDescribed<TRectangle>,
+             public virtual IMap,
+             public virtual IDesignMap,
+             public virtual IDesignMapUnits {
  public:
   FENCING_CLASS_INFO()
 
   TMap();
 
-  TMeasureUnits GetMeasureUnits() const { return FMeasureUnits; }
+  TMeasureUnits GetMeasureUnits() const override { return FMeasureUnits; }
   /// A change is announced.
   void SetMeasureUnits(TMeasureUnits AValue);
   TPointF GetRepresentationDisplacement() const { return FRepresentationDisplacement; }
