@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace Wayfence {
 
@@ -54,5 +55,41 @@ struct TEvaluateArguments {
   bool Json = false;
 };
 int RunEvaluate(const TEvaluateArguments& AArguments);
+
+struct TInspectArguments {
+  std::string Project;
+};
+int RunInspect(const TInspectArguments& AArguments);
+
+struct TCheckArguments {
+  std::string Project;
+};
+int RunCheck(const TCheckArguments& AArguments);
+
+struct TRouteArguments {
+  std::string Project;
+  float X = 0.0F;  ///< map units
+  float Y = 0.0F;
+  int Map = 0;
+  std::string To;  ///< a point of interest
+};
+int RunRoute(const TRouteArguments& AArguments);
+
+struct TBundleArguments {
+  std::string Bundle;
+  std::string SceneFile;           ///< of `create`
+  std::vector<std::string> Files;  ///< of `create`: pictures
+  std::string Directory = ".";     ///< of `extract`
+  bool Overwrite = false;
+};
+int RunBundleCreate(const TBundleArguments& AArguments);
+int RunBundleList(const TBundleArguments& AArguments);
+int RunBundleExtract(const TBundleArguments& AArguments);
+
+struct TProjectNewArguments {
+  std::string File;
+  bool Overwrite = false;
+};
+int RunProjectNew(const TProjectNewArguments& AArguments);
 
 }  // namespace Wayfence

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/project_commands.h"
 #include "platform/errors.h"
 
 namespace {
@@ -36,7 +37,7 @@ void AddSeconds(CLI::App& ACommand, double& ASeconds) {
       ->capture_default_str();
 }
 
-void AddZones(CLI::App& AProgram, TZonesArguments& AArguments) {
+CLI::App* AddZones(CLI::App& AProgram, TZonesArguments& AArguments) {
   CLI::App& Command = *AProgram.add_subcommand(
       "zones", "Tells which zone the device is in: one JSON object per event");
   Command.add_option("FILE.json", AArguments.ComponentFile, "The component file with the zones")
@@ -49,9 +50,10 @@ void AddZones(CLI::App& AProgram, TZonesArguments& AArguments) {
       "  wayfence zones office.json --source walk.log\n"
       "  {\"time\": 0.000, \"event\": \"Started\", \"regions\": [...]}\n"
       "  {\"time\": 1.240, \"event\": \"ZoneEnter\", \"zone\": \"Lobby\", \"address\": ...}");
+  return &Command;
 }
 
-void AddScan(CLI::App& AProgram, TScanArguments& AArguments) {
+CLI::App* AddScan(CLI::App& AProgram, TScanArguments& AArguments) {
   CLI::App& Command =
       *AProgram.add_subcommand("scan", "Lists every beacon frame that is heard, in any region");
   AddSource(Command, AArguments.From);
@@ -62,9 +64,10 @@ void AddScan(CLI::App& AProgram, TScanArguments& AArguments) {
       "Example:\n"
       "  wayfence scan --source bluez --seconds 10\n"
       "  wayfence scan --source capture.btsnoop | head");
+  return &Command;
 }
 
-void AddRecord(CLI::App& AProgram, TRecordArguments& AArguments) {
+CLI::App* AddRecord(CLI::App& AProgram, TRecordArguments& AArguments) {
   CLI::App& Command = *AProgram.add_subcommand(
       "record", "Writes what a source delivers to a file that every command can read");
   Command.add_option("FILE", AArguments.File, "The file to write; an existing one is replaced")
@@ -78,6 +81,7 @@ void AddRecord(CLI::App& AProgram, TRecordArguments& AArguments) {
       "Example:\n"
       "  wayfence record walk.log --source bluez --seconds 60\n"
       "  wayfence record walk.btsnoop --format btsnoop --source walk.log");
+  return &Command;
 }
 
 /// "WIDTHxHEIGHT", both positive numbers of metres.
@@ -143,7 +147,7 @@ void AddEvaluateSettings(CLI::App& ACommand, TEvaluateArguments& AArguments) {
   ACommand.add_flag("--json", AArguments.Json, "Print one JSON object instead of a table");
 }
 
-void AddEvaluate(CLI::App& AProgram, TEvaluateArguments& AArguments) {
+CLI::App* AddEvaluate(CLI::App& AProgram, TEvaluateArguments& AArguments) {
   CLI::App& Command = *AProgram.add_subcommand(
       "evaluate", "Tells how far estimated positions are off, on a recording with known positions");
   AddEvaluateFiles(Command, AArguments);
@@ -157,6 +161,7 @@ void AddEvaluate(CLI::App& AProgram, TEvaluateArguments& AArguments) {
       "--size 20.66x17.64 --spc 0.752\n"
       "  wayfence evaluate --beacons beacons.csv --source walk.log --truth truth.csv "
       "--size 20.66x17.64 --json");
+  return &Command;
 }
 
 int Run(const std::function<int()>& ACommand) {
@@ -182,17 +187,18 @@ int main(int ACount, char** AValues) {
   TScanArguments Scan;
   TRecordArguments Record;
   TEvaluateArguments Evaluate;
-  AddZones(Program, Zones);
-  AddScan(Program, Scan);
-  AddRecord(Program, Record);
-  AddEvaluate(Program, Evaluate);
+  std::function<int()> Command;
+  AddZones(Program, Zones)->final_callback([&] { Command = [&] { return RunZones(Zones); }; });
+  AddScan(Program, Scan)->final_callback([&] { Command = [&] { return RunScan(Scan); }; });
+  AddRecord(Program, Record)->final_callback([&] { Command = [&] { return RunRecord(Record); }; });
+  AddEvaluate(Program, Evaluate)->final_callback([&] {
+    Command = [&] { return RunEvaluate(Evaluate); };
+  });
+  AddProjectCommands(Program, Command);
   try {
     Program.parse(ACount, AValues);
   } catch (const CLI::ParseError& Error) {
     return Program.exit(Error) == 0 ? ExitDone : ExitUsage;
   }
-  if (Program.got_subcommand("zones")) return Run([&] { return RunZones(Zones); });
-  if (Program.got_subcommand("scan")) return Run([&] { return RunScan(Scan); });
-  if (Program.got_subcommand("record")) return Run([&] { return RunRecord(Record); });
-  return Run([&] { return RunEvaluate(Evaluate); });
+  return Run(Command);
 }

@@ -1,0 +1,49 @@
+// wayfence check: what is wrong, or doubtful, in a project.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "apps/wayfence/commands.h"
+#include "apps/wayfence/project_faults.h"
+
+namespace Wayfence {
+
+void TFaults::AddError(const std::string& AWhere, std::string AText) {
+  FFaults.push_back({TFault::TKind::Error, AWhere, std::move(AText)});
+}
+
+void TFaults::AddWarning(const std::string& AWhere, std::string AText) {
+  FFaults.push_back({TFault::TKind::Warning, AWhere, std::move(AText)});
+}
+
+bool TFaults::HasErrors() const {
+  return std::any_of(FFaults.begin(), FFaults.end(), [](const TFault& AFault) {
+    return AFault.Kind == TFault::TKind::Error;
+  });
+}
+
+std::string TFaults::PlaceOf(INode& ANode) {
+  std::string Result;
+  for (const auto& Node : ANode.GetHierarchyPath()) {
+    if (!Node->GetParent()) continue;
+    if (!Result.empty()) Result += " > ";
+    Result += Node->GetName();
+  }
+  return Result.empty() ? ANode.GetName() : Result;
+}
+
+int RunCheck(const TCheckArguments& AArguments) {
+  const TProjectFile Project = OpenProject(AArguments.Project);
+  TFaults Faults;
+  for (const auto Check : {CheckMaps, CheckBeacons, CheckZones, CheckPaths, CheckNodes})
+    Check(Project, Faults);
+  for (const TFault& Fault : Faults.Get())
+    fmt::print("{}: {}: {}\n",
+               Fault.Kind == TFault::TKind::Error ? "error" : "warning",
+               Fault.Where,
+               Fault.Text);
+  return Faults.HasErrors() ? ExitRefused : ExitDone;
+}
+
+}  // namespace Wayfence

@@ -1,0 +1,70 @@
+#include "apps/wayfence/project_file.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+
+#include "map/project_builder.h"
+#include "platform/errors.h"
+#include "platform/files.h"
+#include "platform/xml.h"
+#include "runtimepaint/project_reader.h"
+#include "scene/canvas/System.Beacon.Fencing.Canvas.Wyx.h"
+
+namespace Wayfence {
+
+using namespace System;
+using namespace System::Beacon::Fencing;
+
+namespace {
+
+void OpenDirectory(TBundle& ABundle, const std::string& APath) {
+  ABundle.SetWorkingDirectory((std::filesystem::path(APath) / "").string());
+  if (!std::filesystem::exists(ABundle.GetIdMapFilePath()))
+    throw EFileError(fmt::format(
+        "{}: this directory is no bundle: it has no table of files, {}", APath, "MapId.txt"));
+}
+
+/// A document of a scene alone becomes a bundle that holds it.
+void OpenText(TBundle& ABundle, const std::string& APath) {
+  const TRef<IXMLDocument> Document = LoadXMLFile(APath);
+  const std::string Root(Document->GetDocumentElement()->GetNodeName());
+  std::string Id;
+  if (Root == "object")
+    ABundle.AddString(
+        std::string(Scene::Beacons::SceneEntry), ReadWholeFile(APath, MaxXMLSize), Id, false);
+  else if (Root == "bundle")
+    ABundle.UnserializeFromXMLNode(Document->GetNode());
+  else
+    throw EFileError(
+        fmt::format("{}: a project begins with <bundle> or <object>, not with <{}>", APath, Root));
+}
+
+bool IsArchive(const std::string& APath) {
+  std::array<char, 2> First{};
+  std::ifstream(APath, std::ios::binary).read(First.data(), First.size());
+  return First == std::array{'P', 'K'};
+}
+
+}  // namespace
+
+TRef<TBundle> OpenBundle(const std::string& APath) {
+  const TRef<TBundle> Result = New<TBundle>(New<Canvas::TWyxCanvas>());
+  if (std::filesystem::is_directory(APath))
+    OpenDirectory(*Result, APath);
+  else if (IsArchive(APath))
+    Result->SetWorkingFile(APath);
+  else
+    OpenText(*Result, APath);
+  return Result;
+}
+
+TProjectFile OpenProject(const std::string& APath) {
+  TProjectFile Result{OpenBundle(APath), nullptr};
+  Result.Scene = ReadSceneOf(Result.Bundle, APath);
+  return Result;
+}
+
+}  // namespace Wayfence

@@ -1,0 +1,63 @@
+// wayfence route: the shortest way to a point of interest.
+#include <fmt/format.h>
+
+#include "apps/wayfence/commands.h"
+#include "apps/wayfence/json_line.h"
+#include "apps/wayfence/project_file.h"
+#include "platform/errors.h"
+#include "runtimepaint/project_extraction.h"
+
+namespace Wayfence {
+
+using namespace System;
+using namespace System::Beacon::Fencing;
+
+namespace {
+
+/// The index of the point of interest of a name.
+std::int32_t IndexOfPoi(const TFencingProject& AProject, const std::string& AName) {
+  const auto& Pois = AProject.PoiList.PoiList;
+  for (std::size_t I = 0; I < Pois.GetLength(); ++I)
+    if (Pois[I].Name == AName) return static_cast<std::int32_t>(I);
+  throw EGeneralError(fmt::format(
+      "there is no point of interest '{}'; 'wayfence inspect' lists them under \"pois\"", AName));
+}
+
+/// One line for every point of the route: where it is, and how far one has come, metres of the map
+/// or whatever its unit is.
+void PrintRoute(const TFencingProject& AProject) {
+  double Length = 0.0;
+  const TPathNodeInfo* Last = nullptr;
+  for (const auto& [Node, Map] : AProject.Graph.LastCalculatedPath.Get()) {
+    const TPathNodeInfo& Info = AProject.GlobalPath[static_cast<std::size_t>(Node)];
+    if (Last && Last->MapIndex == Info.MapIndex)
+      Length += TRouteCalculator::Distance(Last->GlobalPosition, Info.GlobalPosition);
+    Last = &Info;
+    TJsonLine()
+        .Text("node", Info.Node->GetName())
+        .Number("map", Info.MapIndex)
+        .Decimal("x", Info.GlobalPosition.X)
+        .Decimal("y", Info.GlobalPosition.Y)
+        .Decimal("length", Length)
+        .Print();
+  }
+}
+
+}  // namespace
+
+int RunRoute(const TRouteArguments& AArguments) {
+  const TProjectFile File = OpenProject(AArguments.Project);
+  TFencingProject Project = ExtractProject(*File.Scene);
+  const auto MapCount = static_cast<int>(Project.Maps.GetLength());
+  if (AArguments.Map < 0 || AArguments.Map >= MapCount)
+    throw EGeneralError(
+        fmt::format("--from: there is no map {}; the project has {}", AArguments.Map, MapCount));
+  Project.SetCurrentMapIndex(AArguments.Map);
+  const std::int32_t Poi = IndexOfPoi(Project, AArguments.To);
+  if (!Project.RouteTo(Poi, {AArguments.X, AArguments.Y}))
+    throw EGeneralError(fmt::format("no path leads to '{}' from there", AArguments.To));
+  PrintRoute(Project);
+  return ExitDone;
+}
+
+}  // namespace Wayfence
