@@ -74,8 +74,9 @@ class TExtraction {
     Points.reserve(FResult.GlobalPath.GetLength());
     for (TPathNodeInfo& Info : FResult.GlobalPath) {
       Info.MapIndex = IndexOf(Info.Map.Get());
-      AddPoi(*Info.Node, TPOIType::poiPathNode, Info.MapIndex);
-      Points.push_back({Info.Node->GetCenterInGlobalSpace(), Info.MapIndex});
+      // A link may lead to a shape that is no path node: a beacon, a zone.
+      if (Info.Node) AddPoi(*Info.Node, TPOIType::poiPathNode, Info.MapIndex);
+      Points.push_back({Info.GlobalPosition, Info.MapIndex});
     }
     FResult.Graph.Initialize(TArray<TPathPoint>(std::move(Points)), Edges);
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -68,6 +69,8 @@ class TEntity : public TInterfacedObject, public virtual IEntity {
   void Detach() override {}
 
  protected:
+  /// For constructors: nobody hears of it.
+  void InitName(const std::string& AName) { FName = AName; }
   /// Runs after the name has changed.
   virtual void ChangedName(const std::string&) {}
 
@@ -82,7 +85,9 @@ class TEntity : public TInterfacedObject, public virtual IEntity {
 
 /// A node. It starts in the modes `Visible` and `Active`. Children are other `TNode`s, nodes of
 /// foreign making are ignored. What handlers and overrides do to the tree while it changes is done
-/// at once; the change then goes on with what it finds.
+/// at once; the change then goes on only where it still can: a node that a handler has given
+/// another parent stays there. When a handler raises, the tree is whole, and the child without a
+/// parent or with its new one. Handlers of a node that dies must not raise.
 class TNode : public TEntity, public virtual INode {
  public:
   FENCING_CLASS_INFO()
@@ -150,6 +155,9 @@ class TNode : public TEntity, public virtual INode {
   virtual void SettedMode(TModeSet) {}
   void ChangedName(const std::string& AnOldName) override;
 
+  /// The same as `GetChildAt`, not counted.
+  TNode* GetChildObject(std::int32_t AIndex) const { return FChildren[AIndex].Get(); }
+
  private:
   /// Where a node stands in the list of a parent.
   struct TPlace {
@@ -158,9 +166,14 @@ class TNode : public TEntity, public virtual INode {
   };
   using TChildren = std::vector<TRef<TNode>>;
 
+  // The list of children has changed; what is kept beside it follows. No handlers run in here.
+  virtual void TookOut(TNode&) {}
+  virtual void ChangedOrder() {}
+
   std::int32_t FindIndex(const TNode& AChild) const;
   void Insert(TNode& AChild, std::int32_t AIndex);
   void TakeOut(std::int32_t AIndex);
+  void FinishAdding(TNode& AChild, bool AFront);
   void Move(std::int32_t AFrom, std::int32_t ATo);
   void Renumber(std::int32_t AFirst, std::int32_t ALast);
   void SetOrder(TChildren AChildren);
@@ -216,8 +229,6 @@ class TSceneNode : public TNode, public virtual ISceneNode {
 
   /// Tells the scene first.
   void Detach() override;
-  bool SetChildIndex(INode* AChild, std::int32_t AIndex) override;
-  void SwapChildren(std::int32_t I, std::int32_t J) override;
   void SetMode(TModeSet AMode) override;
 
   ISceneNode* GetSceneParent() const override { return FSceneParent; }
@@ -271,6 +282,7 @@ class TSceneNode : public TNode, public virtual ISceneNode {
   TMatrix GetLocalMatrix() const override { return TMatrix::Identity(); }
   TMatrix GetInverseLocalMatrix() const override { return GetLocalMatrix().Inverse(); }
   TPointF GlobalToLocal(TPointF APoint) const override;
+  /// Never under a matrix that has no inverse.
   bool IsUnderGlobalPoint(TPointF APoint) const override;
   virtual bool ContainsLocalPoint(TPointF) const { return false; }
   TPointF GetClosestPointToGlobalPoint(TPointF APoint, bool AGlobal) const override;
@@ -335,8 +347,8 @@ class TSceneNode : public TNode, public virtual ISceneNode {
                              TPointF& ALocalPoint,
                              const TMatrix& AMatrix,
                              TSceneNodes* ANodes);
-  void MoveSceneChild(INode* AChild, bool AToFront);
-  void RebuildSceneChildren();
+  void TookOut(TNode& AChild) override;
+  void ChangedOrder() override;
   void RenumberSceneChildren(std::size_t AFirst, std::size_t ALast);
 
   friend class TChildIndex;
@@ -503,7 +515,7 @@ class TCamera : public TLocationShape, public virtual ICamera {
   TRectF GetScreenRect() const override { return {}; }
 
   /// The frustum; setting it here repaints nothing.
-  void SetRect(const TRectF& ARect) override { FFrustum = ARect; }
+  void SetRect(const TRectF& ARect) override;
   TRectF GetRect() const override { return FFrustum; }
   void SetEnableFill(bool) override {}
   bool GetEnableFill() const override { return false; }
@@ -587,7 +599,7 @@ class TScene : public TLayer, public virtual IScene {
   TMatrix FViewProjectionViewportMatrix = TMatrix::Identity();
   TPointF FMouseDelta;
   TPointF FMouseDownPoint;
-  TPointF FLastMouseMovePoint;
+  TPointF FLastMouseMovePoint{std::numeric_limits<float>::quiet_NaN(), 0.0F};
   TPointF FLastMouseScreenPoint;
   TPointF FNodeMouseDownPoint;
   TPointF FNodeLastMouseMovePoint;

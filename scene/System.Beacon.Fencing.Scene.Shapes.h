@@ -76,15 +76,17 @@ class TShapeBase : public TLocationShape {
   bool InvalidatePropertyValue(const std::string& AValue) override;
   void SetScene(TScene* AScene) override;
   virtual IShape* AsShape() { return this; }
+  /// The polygon of five points that all shapes of a canvas type share.
+  static TRef<Canvas::IPolygon> GetRectPolygon(Canvas::ICanvas& ACanvas);
+  /// The same as the closed outline of four corners.
+  static TRef<Canvas::IPolygon> GetPolygonForCorners(Canvas::ICanvas& ACanvas,
+                                                     const TCorners& ACorners);
 
  protected:
   /// Paints the shape, then what is below it.
   void DoPaint(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix) override;
   /// Draws the shape itself; brush and matrix are set, coordinates are local.
   virtual void Draw(Canvas::ICanvas& ACanvas) = 0;
-  /// The closed outline of four corners, in the polygon that all shapes of a canvas type share.
-  static TRef<Canvas::IPolygon> GetPolygonForCorners(Canvas::ICanvas& ACanvas,
-                                                     const TCorners& ACorners);
 
   TBrush FBrush;
 };
@@ -264,6 +266,7 @@ class TControlPointsShape : public TSceneNode, public virtual IControlPointsShap
 
  private:
   void ComputeRect();
+  void IncludeLastPoint();
   void StretchTo(const TRectF& ARect);
   TRectF PlaceOnScreen(bool AWithChildren) const;
   void RepaintBoth(const TRectF& AOldPlace, bool AWithChildren);

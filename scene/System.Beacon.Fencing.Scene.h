@@ -36,6 +36,7 @@ class TModeSet {
 
   constexpr TModeSet() = default;
   constexpr TModeSet(std::initializer_list<TMode> AModes) { *this = CreateWithArray(AModes); }
+  constexpr TModeSet(std::span<const TMode> AModes) { *this = CreateWithArray(AModes); }
   constexpr TModeSet(TModeSetSet AModes) : FMode(AModes.GetBits()) {}
 
   constexpr void Init() { FMode = 0; }
@@ -44,11 +45,17 @@ class TModeSet {
     for (const TMode Mode : AModes) Result.Enable(Mode);
     return Result;
   }
+  static constexpr TModeSet CreateWithArray(std::initializer_list<TMode> AModes) {
+    return CreateWithArray(std::span<const TMode>(AModes.begin(), AModes.size()));
+  }
   /// Every bit but those of the modes.
   static constexpr TModeSet CreateWithNotArray(std::span<const TMode> AModes) {
     TModeSet Result = CreateWithArray(AModes);
     Result.FMode = ~Result.FMode;
     return Result;
+  }
+  static constexpr TModeSet CreateWithNotArray(std::initializer_list<TMode> AModes) {
+    return CreateWithNotArray(std::span<const TMode>(AModes.begin(), AModes.size()));
   }
 
   constexpr bool Contains(TMode AMode) const { return (FMode & BitOf(AMode)) != 0; }
@@ -64,9 +71,6 @@ class TModeSet {
  private:
   static constexpr std::uint32_t BitOf(TMode AMode) {
     return std::uint32_t{1} << static_cast<unsigned>(AMode);
-  }
-  static constexpr TModeSet CreateWithArray(std::initializer_list<TMode> AModes) {
-    return CreateWithArray(std::span<const TMode>(AModes.begin(), AModes.size()));
   }
 
   std::uint32_t FMode = 0;

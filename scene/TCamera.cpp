@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "scene/System.Beacon.Fencing.Scene.Classes.h"
 #include "scene/corners.h"
 
@@ -17,9 +19,14 @@ float TCamera::GetFrustumAspectRatio() const {
 }
 
 void TCamera::SetFrustumAspectRatio(float AValue) {
-  if (!(AValue > 0.0F)) return;
-  FFrustum.Bottom = FFrustum.Top + FFrustum.GetWidth() / AValue;
+  const float Bottom = FFrustum.Top + FFrustum.GetWidth() / AValue;
+  if (!(AValue > 0.0F) || !std::isfinite(AValue) || !std::isfinite(Bottom)) return;
+  FFrustum.Bottom = Bottom;
   Repaint();
+}
+
+void TCamera::SetRect(const TRectF& ARect) {
+  if (IsFinite(ARect)) FFrustum = ARect;
 }
 
 void TCamera::SetFrustum(const TRectF& ARect) {

@@ -73,7 +73,7 @@ bool TControlPointsShape::AddControlPoint(TPointF APoint) {
   const TRectF Old = GetRect();
   FControlPoints.push_back(APoint);
   const bool IsInside = FControlPoints.size() > 1 && Old.Contains(APoint);
-  if (!IsInside) ComputeRect();
+  if (!IsInside) IncludeLastPoint();
   ChangedExtent();
   const TRectF New = GetRect();
   EmitControlPointsChange(this, true);
@@ -155,6 +155,16 @@ void TControlPointsShape::EndControlPointInsertion(std::int32_t) {}
 bool TControlPointsShape::IsLimitPoint(std::int32_t AIndex) const {
   return HasControlPoint(AIndex) &&
          std::find(FLimitPoints.begin(), FLimitPoints.end(), AIndex) != FLimitPoints.end();
+}
+
+/// Compares an appended point with the outermost ones.
+void TControlPointsShape::IncludeLastPoint() {
+  const std::int32_t Last = GetControlPointCount() - 1;
+  const TPointF Point = GetLastControlPoint();
+  if (Point.X < GetControlPointAt(FLimitPoints[MinX]).X) FLimitPoints[MinX] = Last;
+  if (Point.X > GetControlPointAt(FLimitPoints[MaxX]).X) FLimitPoints[MaxX] = Last;
+  if (Point.Y < GetControlPointAt(FLimitPoints[MinY]).Y) FLimitPoints[MinY] = Last;
+  if (Point.Y > GetControlPointAt(FLimitPoints[MaxY]).Y) FLimitPoints[MaxY] = Last;
 }
 
 /// Looks for the outermost points.

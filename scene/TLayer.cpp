@@ -15,11 +15,13 @@ TRectF TLayer::GetRect() const {
   TRectF Result;
   for (std::int32_t I = 0; I < GetSceneChildCount(); ++I)
     if (const auto* Shape = Supports<IShape>(GetSceneChildAt(I)))
-      Result = UnionRect(Result, Shape->GetGlobalRect());
+      if (const TRectF Rect = Shape->GetGlobalRect(); !Rect.IsEmpty())
+        Result = UnionRect(Result, Rect);
   return Result;
 }
 
 void TLayer::SetDisplacement(const TPointF& ADelta) {
+  const TRef<TNode> Keep(this);
   const TPointF Delta = ADelta;
   for (std::int32_t I = 0; I < GetSceneChildCount(); ++I)
     if (const TRef<IShape> Shape = Supports<IShape>(GetSceneChildAt(I)))

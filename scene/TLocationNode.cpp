@@ -31,7 +31,7 @@ void TLocationNode::Move(TChange&& AChange) {
   const TRectF Old = IsWatched ? GetRepaintRect(true, RepaintMargin) : TRectF{};
   AChange();
   ChangedExtent();
-  if (IsWatched) AfterMovementRepaint(Old);
+  AfterMovementRepaint(Old);
   EmitDidMove(this);
 }
 

@@ -60,7 +60,9 @@ void TNode::BeforeDestruction() noexcept {
   while (!FChildren.empty()) {
     const TRef<TNode> Last = FChildren.back();
     Last->SetParent(nullptr);
-    if (!FChildren.empty() && FChildren.back() == Last) TakeOut(GetChildCount() - 1);
+    if (FChildren.empty() || FChildren.back() != Last) continue;
+    TakeOut(GetChildCount() - 1);
+    if (Last->FParent == this) Last->FParent = nullptr;
   }
   TEntity::BeforeDestruction();
 }
@@ -107,6 +109,7 @@ void TNode::TakeOut(std::int32_t AIndex) {
     if (Place->Parent == this) *Place = {};
   if (!Child->FPlace.Parent) std::swap(Child->FPlace, Child->FFormerPlace);
   Renumber(AIndex, GetChildCount());
+  TookOut(*Child);
 }
 
 void TNode::Move(std::int32_t AFrom, std::int32_t ATo) {
@@ -116,11 +119,13 @@ void TNode::Move(std::int32_t AFrom, std::int32_t ATo) {
   else
     std::rotate(First + ATo, First + AFrom, First + AFrom + 1);
   Renumber(std::min(AFrom, ATo), std::max(AFrom, ATo) + 1);
+  ChangedOrder();
 }
 
 void TNode::SetOrder(TChildren AChildren) {
   FChildren = std::move(AChildren);
   Renumber(0, GetChildCount());
+  ChangedOrder();
 }
 
 // ---------------------------------------------------------------- looking
@@ -175,8 +180,23 @@ void TNode::AddChild(const TRef<INode>& AChild, bool AFront) {
   if (!Child || IsBelow(*Child) || FindIndex(*Child) >= 0) return;
   const TRef<TNode> Keep(this);
   Insert(*Child, AFront ? 0 : GetChildCount());
-  Child->SetParent(this);
-  if (FindIndex(*Child) >= 0) AddedChild(Child.Get(), AFront);  // unless a handler took it away
+  try {
+    Child->SetParent(this);
+  } catch (...) {
+    FinishAdding(*Child, AFront);
+    throw;
+  }
+  FinishAdding(*Child, AFront);
+}
+
+/// A handler may have taken the child away, or put this node below it.
+void TNode::FinishAdding(TNode& AChild, bool AFront) {
+  const std::int32_t Index = FindIndex(AChild);
+  if (Index < 0) return;
+  if (AChild.FParent == this)
+    AddedChild(&AChild, AFront);
+  else
+    TakeOut(Index);
 }
 
 bool TNode::RemoveChild(INode* AChild) {
@@ -186,7 +206,7 @@ bool TNode::RemoveChild(INode* AChild) {
   const TRef<TNode> Keep(this);
   TakeOut(Index);
   Child->SetParent(nullptr);
-  RemovedChild(Child.Get());
+  if (FindIndex(*Child) < 0) RemovedChild(Child.Get());  // unless a handler added it again
   return true;
 }
 
@@ -197,9 +217,13 @@ void TNode::SetParent(INode* AParent) {
   const TRef<TNode> Keep(this);
   const TRef<TNode> OldParent(FParent);
   if (OldParent) OldParent->RemoveChild(this);  // calls this operation again, with nothing
-  if (Parent.Get() == FParent) return;
+  // What handlers have done meanwhile counts: another parent, this node above the new one.
+  const bool IsElsewhere =
+      FParent && (FParent != OldParent.Get() || OldParent->FindIndex(*this) >= 0);
+  if (Parent.Get() == FParent || IsElsewhere || (Parent && Parent->IsBelow(*this))) return;
   FParent = Parent.Get();
   if (Parent) Parent->AddChild(TRef<INode>(this), false);
+  if (Parent.Get() != FParent) return;
   SettedParent(AParent);
   EmitParentChange(static_cast<INode*>(this), OldParent.Get(), AParent);
 }
@@ -212,16 +236,20 @@ bool TNode::RemoveDescendant(INode* ANode) {
 }
 
 void TNode::RemoveAllChilds() {
+  const TRef<TNode> Keep(this);
   while (!FChildren.empty() && RemoveChild(TRef<TNode>(FChildren.back()).Get())) continue;
 }
 
 void TNode::SetChildren(const TNodes& AChildren) {
   const TNodes Children(AChildren.begin(), AChildren.end());  // may go with the old ones
   const TRef<TNode> Keep(this);
-  FLoadingChildren = true;
+  struct TLoading {
+    bool& Flag;
+    explicit TLoading(bool& AFlag) : Flag(AFlag) { Flag = true; }
+    ~TLoading() { Flag = false; }
+  } const Loading(FLoadingChildren);
   RemoveAllChilds();
   for (const TRef<INode>& Child : Children) AddChild(Child, false);
-  FLoadingChildren = false;
 }
 
 // ---------------------------------------------------------------- order
@@ -291,6 +319,7 @@ void TNode::SwapChildren(std::int32_t I, std::int32_t J) {
   std::swap(FChildren[I], FChildren[J]);
   Renumber(I, I + 1);
   Renumber(J, J + 1);
+  ChangedOrder();
 }
 
 // ---------------------------------------------------------------- modes

@@ -43,7 +43,9 @@ bool TPolygonShape::AddControlPoint(TPointF APoint) {
   const TRef<TNode> Keep(this);
   if (GetControlPointCount() >= 2 && !IsComplex() && CrossesAnyLine(APoint)) SetCrossed(true);
   if (!TControlPointsShape::AddControlPoint(APoint)) return false;
-  FCommand.push_back(FCommand.empty() ? MoveToPoint : LineToPoint);
+  const auto Index = static_cast<std::size_t>(GetControlPointCount()) - 1;
+  if (FCommand.size() > Index) FCommand.resize(Index);  // of points that are no more
+  FCommand.push_back(Index == 0 ? MoveToPoint : LineToPoint);
   return true;
 }
 

@@ -1,7 +1,10 @@
+#include <string>
 #include <utility>
 
+#include "platform/errors.h"
 #include "scene/System.Beacon.Fencing.Scene.Helpers.h"
 #include "scene/System.Beacon.Fencing.Scene.Shapes.h"
+#include "scene/messages.h"
 #include "scene/scene_link.h"
 
 namespace System::Beacon::Fencing::Scene {
@@ -39,7 +42,7 @@ const TClassInfo& TScene::ClassInfo() {
 // ---------------------------------------------------------------- life
 
 TScene::TScene() : FLink(New<TSceneLink>(this)), FViewport(New<TViewport>()) {
-  TEntity::SetName("Scene");
+  InitName("Scene");
   SetSceneLink(FLink);
 }
 
@@ -63,10 +66,12 @@ void TScene::AddedChild(INode* AChild, bool AFront) {
 
 void TScene::RemovedChild(INode* AChild) {
   TLayer::RemovedChild(AChild);
-  if (auto* Child = dynamic_cast<TSceneNode*>(AChild)) Child->SetScene(nullptr);
+  auto* const Child = dynamic_cast<TSceneNode*>(AChild);
+  if (Child && !Child->GetParent()) Child->SetScene(nullptr);
 }
 
 void TScene::SetChildren(const TNodes& AChildren) {
+  const TRef<TNode> Keep(this);
   TLayer::SetChildren(AChildren);
   if (FInvalidateRegion) FInvalidateRegion->Invalidate();
 }
@@ -74,6 +79,7 @@ void TScene::SetChildren(const TNodes& AChildren) {
 void TScene::SetCamera(const TRef<ICamera>& ACamera) {
   if (FCamera && ACamera && IsSame(FCamera.Get(), ACamera.Get())) return;
   const TRef<ICamera> Camera(ACamera.Get());  // the argument may go meanwhile
+  const TRef<TNode> Keep(this);
   ReleaseCamera();
   FCamera = Camera;
   if (auto* Node = dynamic_cast<TSceneNode*>(FCamera.Get())) Node->SetScene(this);
@@ -98,6 +104,7 @@ void TScene::NotifyDetach(const INode* ANode) {
 // ---------------------------------------------------------------- painting
 
 void TScene::PaintScene(const TRef<Canvas::ILayer>& ALayer, const TRef<Canvas::ICanvas>& ACanvas) {
+  if (!ACanvas) throw EGeneralError(std::string(Messages::SNoCanvas));
   const TRef<TNode> Keep(this);
   const TRef<Canvas::ICanvas> UsedCanvas(ACanvas.Get());  // the argument may go meanwhile
   struct TDrawing {
@@ -170,27 +177,29 @@ ISceneNode* TScene::GetSceneNodeUnderViewportPoint(IViewport* AViewport,
 
 void TScene::MouseDown(IViewport* AViewport, TPointF APoint) {
   const TRef<TNode> Keep(this);
-  const TPointF Global = ViewportSpaceToGlobalSpace(AViewport, APoint);
+  const TRef<IViewport> Viewport(AViewport ? AViewport : FViewport.Get());
+  const TPointF Global = ViewportSpaceToGlobalSpace(Viewport.Get(), APoint);
   FMouseDelta = {};
   FMouseDownPoint = Global;
   TPointF Local;
   const TRef<ISceneNode> Node = GetNodeUnderGlobalPoint(Global, Local, TMatrix::Identity());
   if (!Node) return;
   FNodeMouseDownPoint = Local;
-  Node->MouseDown(AViewport, Local);
+  Node->MouseDown(Viewport.Get(), Local);
   FDraggingNode = Node;
 }
 
 void TScene::MouseMove(IViewport* AViewport, TPointF APoint, bool ADragged) {
   const TRef<TNode> Keep(this);
-  const TPointF Global = ViewportSpaceToGlobalSpace(AViewport, APoint);
+  const TRef<IViewport> Viewport(AViewport ? AViewport : FViewport.Get());
+  const TPointF Global = ViewportSpaceToGlobalSpace(Viewport.Get(), APoint);
   FLastMouseMovePoint = Global;
-  FMouseDelta = ViewportVectorToWorld(AViewport, APoint - FLastMouseScreenPoint);
+  FMouseDelta = ViewportVectorToWorld(Viewport.Get(), APoint - FLastMouseScreenPoint);
   EmitMouseMove(this, Global, ADragged);
   FLastMouseScreenPoint = APoint;
   if (const TRef<ISceneNode> Dragged = ADragged ? FDraggingNode : nullptr)
-    return Dragged->MouseMove(AViewport, Dragged->GlobalToLocal(Global), ADragged);
-  MoveOver(Global, AViewport, ADragged);
+    return Dragged->MouseMove(Viewport.Get(), Dragged->GlobalToLocal(Global), ADragged);
+  MoveOver(Global, Viewport.Get(), ADragged);
   FDraggingNode = nullptr;
 }
 
@@ -211,7 +220,8 @@ void TScene::MoveOver(TPointF AGlobalPoint, IViewport* AViewport, bool ADragged)
 
 void TScene::MouseUp(IViewport* AViewport, TPointF APoint) {
   const TRef<TNode> Keep(this);
-  const TPointF Global = ViewportSpaceToGlobalSpace(AViewport, APoint);
+  const TRef<IViewport> Viewport(AViewport ? AViewport : FViewport.Get());
+  const TPointF Global = ViewportSpaceToGlobalSpace(Viewport.Get(), APoint);
   FMouseDelta = {};
   TRef<ISceneNode> Node = FDraggingNode;
   TPointF Local;
@@ -219,7 +229,7 @@ void TScene::MouseUp(IViewport* AViewport, TPointF APoint) {
     Local = Node->GlobalToLocal(Global);
   else
     Node = GetNodeUnderGlobalPoint(Global, Local, TMatrix::Identity());
-  if (Node) Node->MouseUp(AViewport, Local);
+  if (Node) Node->MouseUp(Viewport.Get(), Local);
   FDraggingNode = nullptr;
 }
 

@@ -16,6 +16,11 @@ constexpr std::size_t ManyChildren = 64;
 // So many nodes are looked at to find out where a child lies.
 constexpr int BoundsBudget = 16;
 
+bool HasInverse(const TMatrix& AMatrix) {
+  const float Determinant = AMatrix.GetDeterminant();
+  return Determinant != 0.0F && std::isfinite(Determinant);
+}
+
 TSceneNode* AsSceneNode(INode* ANode) {
   return dynamic_cast<TSceneNode*>(ANode);
 }
@@ -54,10 +59,11 @@ void TSceneNode::SetSceneLink(TRef<TSceneLink> ALink) {
 void TSceneNode::SetScene(TScene* AScene) {
   TScene* const Old = GetSceneObject();
   if (Old == AScene) return;
-  const TRef<TNode> Keep(this);
+  const TRef<TNode> Keep(this), KeepScene(AScene);
   if (AScene) Repaint();
   FScene = AScene ? AScene->FLink : nullptr;
   EmitSceneChange(this, Old, AScene);
+  if (GetSceneObject() != AScene) return;  // a handler has moved it
   for (std::size_t I = 0; I < FSceneChildren.size(); ++I)
     TRef<TSceneNode>(FSceneChildren[I])->SetScene(AScene);
   if (AScene) Repaint();
@@ -95,6 +101,11 @@ void TSceneNode::AddedChild(INode* AChild, bool AFront) {
 
 void TSceneNode::RemovedChild(INode* AChild) {
   TSceneNode* const Child = Scene::AsSceneNode(AChild);
+  if (Child && !Child->FListedIn) Child->Repaint();
+}
+
+void TSceneNode::TookOut(TNode& AChild) {
+  TSceneNode* const Child = Scene::AsSceneNode(&AChild);
   if (!Child || Child->FListedIn != this) return;
   const auto Index = static_cast<std::size_t>(std::exchange(Child->FSceneIndex, -1));
   FSceneChildren.erase(FSceneChildren.begin() + static_cast<std::ptrdiff_t>(Index));
@@ -103,7 +114,16 @@ void TSceneNode::RemovedChild(INode* AChild) {
   if (FChildIndex) FChildIndex->Remove(*Child);
   if (FSceneChildren.empty()) FChildIndex = nullptr;
   ChangedExtent();
-  Child->Repaint();
+}
+
+/// In the order of the children.
+void TSceneNode::ChangedOrder() {
+  std::size_t Count = 0;
+  for (std::int32_t I = 0; I < GetChildCount(); ++I) {
+    TSceneNode* const Child = Scene::AsSceneNode(GetChildObject(I));
+    if (Child && Child->FListedIn == this) FSceneChildren[Count++] = Child;
+  }
+  RenumberSceneChildren(0, Count);
 }
 
 void TSceneNode::SettedParent(INode* AParent) {
@@ -111,49 +131,17 @@ void TSceneNode::SettedParent(INode* AParent) {
   Repaint();
 }
 
-void TSceneNode::MoveSceneChild(INode* AChild, bool AToFront) {
-  const std::int32_t Index = GetSceneChildIndex(AChild);
-  if (Index < 0) return;
-  const auto Found = FSceneChildren.begin() + Index;
-  if (AToFront)
-    std::rotate(FSceneChildren.begin(), Found, Found + 1);
-  else
-    std::rotate(Found, Found + 1, FSceneChildren.end());
-  RenumberSceneChildren(0, FSceneChildren.size());
-  InvalidateChild(AToFront ? *FSceneChildren.front() : *FSceneChildren.back());
-}
-
 void TSceneNode::MovedChildToFront(INode* AChild) {
-  MoveSceneChild(AChild, true);
+  const TSceneNode* const Child = Scene::AsSceneNode(AChild);
+  if (Child && Child->FListedIn == this) InvalidateChild(*Child);
 }
 
 void TSceneNode::MovedChildToBack(INode* AChild) {
-  MoveSceneChild(AChild, false);
-}
-
-void TSceneNode::RebuildSceneChildren() {
-  FSceneChildren.clear();
-  for (std::int32_t I = 0; I < GetChildCount(); ++I) {
-    TSceneNode* const Child = Scene::AsSceneNode(GetChildAt(I).Get());
-    if (Child && Child->FListedIn == this) FSceneChildren.push_back(Child);
-  }
-  RenumberSceneChildren(0, FSceneChildren.size());
+  TSceneNode::MovedChildToFront(AChild);
 }
 
 void TSceneNode::ChangedChildrenOrder(const TNodes&) {
-  RebuildSceneChildren();
   if (const auto Region = GetInvalidateRegion()) Region->Invalidate();
-}
-
-bool TSceneNode::SetChildIndex(INode* AChild, std::int32_t AIndex) {
-  if (!TNode::SetChildIndex(AChild, AIndex)) return false;
-  RebuildSceneChildren();
-  return true;
-}
-
-void TSceneNode::SwapChildren(std::int32_t I, std::int32_t J) {
-  TNode::SwapChildren(I, J);
-  RebuildSceneChildren();
 }
 
 void TSceneNode::SetMode(TModeSet AMode) {
@@ -261,7 +249,8 @@ TPointF TSceneNode::GlobalToLocal(TPointF APoint) const {
 }
 
 bool TSceneNode::IsUnderGlobalPoint(TPointF APoint) const {
-  return ContainsLocalPoint(GlobalToLocal(APoint));
+  const TMatrix Global = GetGlobalMatrix();
+  return HasInverse(Global) && ContainsLocalPoint(APoint * Global.Inverse());
 }
 
 TCorners TSceneNode::GetLocalCorners() const {
@@ -346,17 +335,15 @@ ISceneNode* TSceneNode::FindUnder(TPointF APoint,
                                   TSceneNodes* ANodes) {
   if (!GetMode().Contains(TMode::Active)) return nullptr;
   const TMatrix Global = AParentMatrix * GetLocalMatrix();
-  const float Determinant = Global.GetDeterminant();
-  if (Determinant == 0.0F || !std::isfinite(Determinant)) return nullptr;
+  if (!HasInverse(Global)) return nullptr;
   const TPointF Local = APoint * Global.Inverse();
   const bool IsInside = ContainsLocalPoint(Local);
   ISceneNode* Result = nullptr;
   if (IsInside || !FClipChildren) Result = FindChildUnder(APoint, ALocalPoint, Global, ANodes);
-  if (!IsInside) return Result;
-  if (ANodes) ANodes->push_back(this);
+  if (IsInside && ANodes) ANodes->push_back(this);
   if (Result) return Result;
   ALocalPoint = Local;
-  return this;
+  return IsInside ? this : nullptr;
 }
 
 /// The last child that answers; with `ANodes` all children are asked.

@@ -8,9 +8,10 @@ namespace {
 using TCreatedObject = TEventKind<8, 8, TCreatedObjectEvent>;
 using TChangedName = TEventKind<16, 16, TNameChangeEvent>;
 
+/// Never destroyed: nodes and listeners may live longer than other statics.
 TEventList& Events() {
-  static TEventList List;
-  return List;
+  static TEventList* const List = new TEventList;
+  return *List;
 }
 
 }  // namespace

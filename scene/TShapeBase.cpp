@@ -18,6 +18,7 @@ const TClassInfo& TShapeBase::ClassInfo() {
 }
 
 bool TShapeBase::InvalidatePropertyValue(const std::string& AValue) {
+  const TRef<TNode> Keep(this);
   const std::string Path = FBrush.GetBitmapPath();
   if (!SameName(AValue, Path)) return false;
   FBrush.SetBitmapPath("", *this);
@@ -42,9 +43,13 @@ void TShapeBase::DoPaint(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix) {
   PaintChildren(ACanvas, Global);
 }
 
+TRef<Canvas::IPolygon> TShapeBase::GetRectPolygon(Canvas::ICanvas& ACanvas) {
+  return ACanvas.GetRectPolygon();
+}
+
 TRef<Canvas::IPolygon> TShapeBase::GetPolygonForCorners(Canvas::ICanvas& ACanvas,
                                                         const TCorners& ACorners) {
-  TRef<Canvas::IPolygon> Result = ACanvas.GetRectPolygon();
+  TRef<Canvas::IPolygon> Result = GetRectPolygon(ACanvas);
   for (int I = 0; I < 5; ++I)
     Result->SetPointAt(I, ACorners.Points[static_cast<std::size_t>(I % 4)]);
   return Result;

@@ -8,6 +8,7 @@ namespace System::Beacon::Fencing::Scene::Messages {
 inline constexpr std::string_view SScreenAspectRatio = "Error Message";
 inline constexpr std::string_view SPolygonCommand =
     "Command {} of a polygon is {}; use 0 to move to a point or 1 to draw a line to it";
+inline constexpr std::string_view SNoCanvas = "A scene cannot be painted to a nil canvas";
 inline constexpr std::string_view SAnimationTimer =
     "Please assign a timer to animation system (TAnimationsEngine.SetTimer(your timer)).";
 

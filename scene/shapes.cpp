@@ -141,7 +141,7 @@ void TSegment::SetPoints(TPointF AStart, TPointF AEnd) {
   const TRectF Old = IsWatched ? GetRepaintRect(true, RepaintMargin) : TRectF{};
   FPoints = {AStart, AEnd};
   ChangedExtent();
-  if (IsWatched) AfterMovementRepaint(Old);
+  AfterMovementRepaint(Old);
 }
 
 void TSegment::Draw(Canvas::ICanvas& ACanvas) {

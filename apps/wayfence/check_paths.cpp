@@ -98,12 +98,17 @@ void CheckReach(Scene::TScene& AScene, TFaults& AFaults) {
   for (const auto& [From, To] : Edges) Parents[RootOf(From)] = RootOf(To);
   if (Nodes.IsEmpty())
     return AFaults.AddWarning(AScene.GetName(), "there is no path; no route can be asked for");
+  const auto NameOf = [&Nodes](std::size_t ANode) {
+    const TPathNodeInfo& Info = Nodes[ANode];
+    return Info.Node
+               ? Info.Node->GetName()
+               : fmt::format("the place at {}, {}", Info.GlobalPosition.X, Info.GlobalPosition.Y);
+  };
   std::set<std::int32_t> Reported{RootOf(0)};
   for (std::size_t I = 1; I < Nodes.GetLength(); ++I)
     if (Reported.insert(RootOf(static_cast<std::int32_t>(I))).second)
-      AFaults.AddWarning(Nodes[I].Node->GetName(),
-                         fmt::format("no route leads from '{}' to this node; link their paths",
-                                     Nodes[0].Node->GetName()));
+      AFaults.AddWarning(
+          NameOf(I), fmt::format("no route leads from '{}' to it; link their paths", NameOf(0)));
 }
 
 }  // namespace

@@ -92,7 +92,7 @@ TJson RegionOf(const TBeaconsRegion& ARegion) {
 TJson GraphOf(const TFencingProject& AProject) {
   TJson Result{{"nodes", TJson::array()}, {"edges", TJson::array()}};
   for (const TPathNodeInfo& Info : AProject.GlobalPath)
-    Result["nodes"].push_back({{"name", Info.Node->GetName()},
+    Result["nodes"].push_back({{"name", Info.Node ? Info.Node->GetName() : std::string()},
                                {"map", Info.MapIndex},
                                {"at", PointOf(Info.GlobalPosition)}});
   for (const auto& [From, To] : AProject.Graph.GetPathEdges())

@@ -34,7 +34,7 @@ void PrintRoute(const TFencingProject& AProject) {
       Length += TRouteCalculator::Distance(Last->GlobalPosition, Info.GlobalPosition);
     Last = &Info;
     TJsonLine()
-        .Text("node", Info.Node->GetName())
+        .Text("node", Info.Node ? Info.Node->GetName() : std::string())
         .Number("map", Info.MapIndex)
         .Decimal("x", Info.GlobalPosition.X)
         .Decimal("y", Info.GlobalPosition.Y)

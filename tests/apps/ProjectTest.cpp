@@ -138,7 +138,7 @@ TEST_F(ProjectTest, CheckFindsEveryFault) {
         "warning: Ground > Paths > path: its point at 30, 3 is off the map",
         "error: Ground > Paths > path > A: the node has the name of 'Ground > Paths > path > A'",
         "error: Connections: the link 'A' to 'Nowhere' names 'Nowhere', which no node has",
-        "warning: C: no route leads from"})
+        "warning: C: no route leads from 'A' to it"})
     EXPECT_NE(Outcome.Output.find(Line), std::string::npos) << Line;
 }
 
