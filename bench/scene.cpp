@@ -86,6 +86,10 @@ BENCHMARK_CAPTURE(Paint, whole, TRectF{0, 0, TField::ScreenWidth, TField::Screen
     ->Name("Paint/ours")
     ->Arg(10'000)
     ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Paint, whole_again, TRectF{0, 0, TField::ScreenWidth, TField::ScreenHeight})
+    ->Name("PaintAsCairo/ours")
+    ->Arg(10'000)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Paint, part, TRectF{600, 400, 660, 460})
     ->Name("PaintPart/ours")
     ->Arg(1'000)
