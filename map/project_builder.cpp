@@ -27,7 +27,7 @@ TGUID ParseUUID(std::string_view AText) {
 
 template <class TNodeClass>
 TRef<TNodeClass> MakeNamed(const std::string& AName) {
-  const TRef<TNodeClass> Result = New<TNodeClass>();
+  TRef<TNodeClass> Result = New<TNodeClass>();
   if (!AName.empty()) Result->SetName(AName);
   return Result;
 }
@@ -72,14 +72,14 @@ TMapBuilder& TMapBuilder::SetPicture(const std::string& AName, std::string_view 
 
 TRef<TBeacon> TMapBuilder::AddBeacon(const std::string& AName, TPointF AnAt) {
   RequireFinite(AName, {AnAt.X, AnAt.Y});
-  const TRef<TBeacon> Result = MakeNamed<TBeacon>(AName);
+  TRef<TBeacon> Result = MakeNamed<TBeacon>(AName);
   Result->SetDisplacement(AnAt);
   return Result;
 }
 
 TRef<TBeacon> TMapBuilder::AddBeacon(
     const std::string& AName, TPointF AnAt, std::string_view AUUID, int AMajor, int AMinor) {
-  const TRef<TBeacon> Result = AddBeacon(AName, AnAt);
+  TRef<TBeacon> Result = AddBeacon(AName, AnAt);
   Result->SetGUID(ParseUUID(AUUID));
   Result->SetMajor(AMajor);
   Result->SetMinor(AMinor);
@@ -91,7 +91,7 @@ TRef<TBeacon> TMapBuilder::AddEddystone(const std::string& AName,
                                         TPointF AnAt,
                                         const std::string& ANamespace,
                                         const std::string& AnInstance) {
-  const TRef<TBeacon> Result = AddBeacon(AName, AnAt);
+  TRef<TBeacon> Result = AddBeacon(AName, AnAt);
   Result->SetKindofBeacon(TKindofBeacon::Eddystone);
   Result->SetEddyNamespace(ANamespace);
   Result->SetEddyInstance(AnInstance);
@@ -101,7 +101,7 @@ TRef<TBeacon> TMapBuilder::AddEddystone(const std::string& AName,
 
 TRef<TZone> TMapBuilder::AddZone(const std::string& AName, const TRectF& ARect) {
   RequireFinite(AName, {ARect.Left, ARect.Top, ARect.Right, ARect.Bottom});
-  const TRef<TZone> Result = MakeNamed<TZone>(AName);
+  TRef<TZone> Result = MakeNamed<TZone>(AName);
   Result->SetRect({0.0F, 0.0F, ARect.GetWidth(), ARect.GetHeight()});
   Result->SetDisplacement({ARect.Left, ARect.Top});
   GetLayer<TZonesLayer>()->AddChild(Result);
@@ -112,7 +112,7 @@ TRef<TCircularZone> TMapBuilder::AddCircularZone(const std::string& AName,
                                                  TPointF ACentre,
                                                  float ARadius) {
   RequireFinite(AName, {ACentre.X, ACentre.Y, ARadius});
-  const TRef<TCircularZone> Result = MakeNamed<TCircularZone>(AName);
+  TRef<TCircularZone> Result = MakeNamed<TCircularZone>(AName);
   Result->SetRect({-ARadius, -ARadius, ARadius, ARadius});
   Result->SetDisplacement(ACentre);
   GetLayer<TZonesLayer>()->AddChild(Result);
@@ -121,7 +121,7 @@ TRef<TCircularZone> TMapBuilder::AddCircularZone(const std::string& AName,
 
 TRef<TPathZone> TMapBuilder::AddPathZone(const std::string& AName,
                                          std::span<const TPointF> ACorners) {
-  const TRef<TPathZone> Result = MakeNamed<TPathZone>(AName);
+  TRef<TPathZone> Result = MakeNamed<TPathZone>(AName);
   for (const TPointF& Corner : ACorners) {
     RequireFinite(AName, {Corner.X, Corner.Y});
     Result->AddControlPoint(Corner);
@@ -132,7 +132,7 @@ TRef<TPathZone> TMapBuilder::AddPathZone(const std::string& AName,
 
 TRef<TMapPath> TMapBuilder::AddPath(const std::string& AName,
                                     std::span<const TNamedPoint> APoints) {
-  const TRef<TMapPath> Result = MakeNamed<TMapPath>(AName);
+  TRef<TMapPath> Result = MakeNamed<TMapPath>(AName);
   for (const TNamedPoint& Point : APoints)
     AddBranch(*Result, Result->GetControlPointCount() - 1, Point);
   GetLayer<TPathsLayer>()->AddChild(Result);
@@ -145,7 +145,7 @@ TRef<TMapPathNode> TMapBuilder::AddBranch(TMapPath& APath,
   RequireFinite(APoint.Name, {APoint.Position.X, APoint.Position.Y});
   APath.AddControlPoint(APoint.Position);
   const std::int32_t Index = APath.GetControlPointCount() - 1;
-  const TRef<TMapPathNode> Result = GetNode(APath, Index);
+  TRef<TMapPathNode> Result = GetNode(APath, Index);
   if (!APoint.Name.empty()) Result->SetName(APoint.Name);
   if (AFrom >= 0) APath.ConnectControlPoints(AFrom, Index);
   return Result;

@@ -49,7 +49,7 @@ TRef<Scene::TScene> ReadSceneOf(const TRef<Canvas::IBundle>& ABundle,
   TRef<IInterface> Ignored;
   UnserializeFromXMLString(
       Object, Ignored, Text, Creators, fmt::format("{}: {}", AFileName, Entry));
-  const TRef<Scene::TScene> Result(dynamic_cast<Scene::TScene*>(Object.Get()));
+  TRef<Scene::TScene> Result(dynamic_cast<Scene::TScene*>(Object.Get()));
   if (!Result) throw EGeneralError(fmt::format(Messages::SNotAScene, AFileName));
   return Result;
 }

@@ -37,6 +37,7 @@ class WindowTest : public testing::Test {
     if (!Display->GetProblem().empty()) GTEST_SKIP() << Display->GetProblem();
     setenv("SDL_VIDEODRIVER", "x11", 1);
     setenv("SDL_RENDER_DRIVER", "software", 1);
+    setenv("SDL_FRAMEBUFFER_ACCELERATION", "0", 1);  // the software renderer would still take GL
   }
 
   /// Serves the windows until something is so.
