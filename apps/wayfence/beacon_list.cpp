@@ -21,77 +21,27 @@ constexpr int MaxMap = 1'000'000;
 constexpr int MaxPower = 126;
 constexpr int MaxEddystonePower = 85;
 
-/// Turns the rows of a file into beacons.
-class TBeaconFileReader {
- public:
-  explicit TBeaconFileReader(const std::string& AFileName)
-      : FCsv(AFileName), FX(FCsv.ColumnOf({"x", "x_m"})), FY(FCsv.ColumnOf({"y", "y_m"})) {}
+TKindofBeacon ReadKind(const TFields& AFields) {
+  using TNames = TEnumNames<TKindofBeacon>;
+  for (std::size_t I = 0; I < TNames::Names.size(); ++I)
+    if (SameName(TNames::Names[I], AFields.GetText("kind"))) return static_cast<TKindofBeacon>(I);
+  AFields.RefuseField("kind", fmt::format("is none of {}", fmt::join(TNames::Names, ", ")));
+}
 
-  TBeaconFile Read() {
-    while (FCsv.Next()) Add(ReadRow());
-    if (FResult.Beacons.empty()) FCsv.Refuse("there is no beacon in this file");
-    return std::move(FResult);
-  }
+void ReadUUID(const TFields& AFields, TListedBeacon::TRow& ARow) {
+  const std::string Text(AFields.GetText("uuid"));
+  if (!TryStringToGUID(Text.starts_with('{') ? Text : '{' + Text + '}', ARow.GUID))
+    AFields.RefuseField("uuid", "is no UUID: 8-4-4-4-12 hexadecimal digits are expected");
+  ARow.Major = static_cast<std::uint16_t>(AFields.GetInteger("major", 0, UINT16_MAX));
+  ARow.Minor = static_cast<std::uint16_t>(AFields.GetInteger("minor", 0, UINT16_MAX));
+}
 
- private:
-  void Add(const TListedBeacon::TRow& ARow) {
-    if (FResult.Beacons.empty()) FResult.Map = ARow.Map;
-    if (ARow.Map != FResult.Map) {
-      ++FResult.OtherMaps;
-    } else if (FSeen.Insert(ARow.GetIdentity(), true)) {
-      FResult.Beacons.push_back(New<TListedBeacon>(ARow, FResult.Beacons.size()));
-    } else if (++FResult.Repeated == 1) {
-      FResult.FirstRepeatedLine = FCsv.GetLine();
-    }
-  }
-
-  TListedBeacon::TRow ReadRow() const {
-    TListedBeacon::TRow Result;
-    Result.Name = FCsv.GetText("name");
-    Result.Place = {ReadMetres(FX), ReadMetres(FY)};
-    if (!FCsv.GetText("map").empty()) Result.Map = FCsv.GetInteger("map", 0, MaxMap);
-    if (!FCsv.GetText("kind").empty()) Result.Kind = ReadKind();
-    const bool IsEddystone = Result.Kind == TKindofBeacon::Eddystone;
-    if (!FCsv.GetText("power").empty())
-      Result.Power = FCsv.GetInteger("power", -127, IsEddystone ? MaxEddystonePower : MaxPower);
-    if (IsEddystone)
-      ReadUID(Result);
-    else
-      ReadUUID(Result);
-    return Result;
-  }
-
-  float ReadMetres(std::string_view AColumn) const {
-    return static_cast<float>(FCsv.GetNumber(AColumn, -MaxMetres, MaxMetres));
-  }
-
-  TKindofBeacon ReadKind() const {
-    using TNames = TEnumNames<TKindofBeacon>;
-    for (std::size_t I = 0; I < TNames::Names.size(); ++I)
-      if (SameName(TNames::Names[I], FCsv.GetText("kind"))) return static_cast<TKindofBeacon>(I);
-    FCsv.RefuseField("kind", fmt::format("is none of {}", fmt::join(TNames::Names, ", ")));
-  }
-
-  void ReadUUID(TListedBeacon::TRow& ARow) const {
-    const std::string Text(FCsv.GetText("uuid"));
-    if (!TryStringToGUID(Text.starts_with('{') ? Text : '{' + Text + '}', ARow.GUID))
-      FCsv.RefuseField("uuid", "is no UUID: 8-4-4-4-12 hexadecimal digits are expected");
-    ARow.Major = static_cast<std::uint16_t>(FCsv.GetInteger("major", 0, UINT16_MAX));
-    ARow.Minor = static_cast<std::uint16_t>(FCsv.GetInteger("minor", 0, UINT16_MAX));
-  }
-
-  void ReadUID(TListedBeacon::TRow& ARow) const {
-    if (!ARow.UID.SetNamespace(FCsv.GetText("namespace")))
-      FCsv.RefuseField("namespace", "does not have 20 hexadecimal digits");
-    if (!ARow.UID.SetInstance(FCsv.GetText("instance")))
-      FCsv.RefuseField("instance", "does not have 12 hexadecimal digits");
-  }
-
-  TCsvReader FCsv;
-  const std::string_view FX, FY;
-  TIdentityTable<bool> FSeen;
-  TBeaconFile FResult;
-};
+void ReadUID(const TFields& AFields, TListedBeacon::TRow& ARow) {
+  if (!ARow.UID.SetNamespace(AFields.GetText("namespace")))
+    AFields.RefuseField("namespace", "does not have 20 hexadecimal digits");
+  if (!ARow.UID.SetInstance(AFields.GetText("instance")))
+    AFields.RefuseField("instance", "does not have 12 hexadecimal digits");
+}
 
 }  // namespace
 
@@ -111,8 +61,54 @@ TBeaconsRegion TListedBeacon::GetRegion() const {
   return Result;
 }
 
+// ---------------------------------------------------------------- reading
+
+void ReadBeaconFields(const TFields& AFields, TListedBeacon::TRow& ARow) {
+  ARow.Name = AFields.GetText("name");
+  if (!AFields.GetText("kind").empty()) ARow.Kind = ReadKind(AFields);
+  const bool IsEddystone = ARow.Kind == TKindofBeacon::Eddystone;
+  if (!AFields.GetText("power").empty())
+    ARow.Power = AFields.GetInteger("power", -127, IsEddystone ? MaxEddystonePower : MaxPower);
+  if (IsEddystone)
+    ReadUID(AFields, ARow);
+  else
+    ReadUUID(AFields, ARow);
+}
+
+TBeaconRows::TBeaconRows(TCsvReader ACsv)
+    : FCsv(std::move(ACsv)), FX(FCsv.ColumnOf({"x", "x_m"})), FY(FCsv.ColumnOf({"y", "y_m"})) {}
+
+bool TBeaconRows::Next() {
+  if (!FCsv.Next()) {
+    if (FIsEmpty) FCsv.Refuse("there is no beacon in this file");
+    return false;
+  }
+  FIsEmpty = false;
+  FRow = {};
+  FRow.Place = {ReadMetres(FX), ReadMetres(FY)};
+  if (!FCsv.GetText("map").empty()) FRow.Map = FCsv.GetInteger("map", 0, MaxMap);
+  ReadBeaconFields(FCsv, FRow);
+  return true;
+}
+
+float TBeaconRows::ReadMetres(std::string_view AColumn) const {
+  return static_cast<float>(FCsv.GetNumber(AColumn, -MaxMetres, MaxMetres));
+}
+
 TBeaconFile ReadBeaconFile(const std::string& AFileName) {
-  return TBeaconFileReader(AFileName).Read();
+  TBeaconFile Result;
+  TIdentityTable<bool> Seen;
+  for (TBeaconRows Rows{TCsvReader(AFileName)}; Rows.Next();) {
+    const TListedBeacon::TRow& Row = Rows.GetRow();
+    if (Result.Beacons.empty()) Result.Map = Row.Map;
+    if (Row.Map != Result.Map)
+      ++Result.OtherMaps;
+    else if (Seen.Insert(Row.GetIdentity(), true))
+      Result.Beacons.push_back(New<TListedBeacon>(Row, Result.Beacons.size()));
+    else if (++Result.Repeated == 1)
+      Result.FirstRepeatedLine = Rows.GetCsv().GetLine();
+  }
+  return Result;
 }
 
 }  // namespace Wayfence

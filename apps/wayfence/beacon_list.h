@@ -4,8 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "apps/wayfence/csv.h"
+#include "apps/wayfence/fields.h"
 #include "fencing/System.Beacon.Fencing.Types.h"
 #include "platform/beacons/frame.h"
 #include "platform/beacons/identity.h"
@@ -64,6 +67,32 @@ class TListedBeacon final : public System::TInterfacedObject,
   const std::size_t FIndex;
 };
 
+/// What a thing says of a beacon: `name`, `kind`, `power` (dBm at 1 m) and the identity: `uuid`,
+/// `major`, `minor`, or for the kind Eddystone `namespace` and `instance`. Without a `kind` a
+/// beacon is an iBeacon. Leaves place and map alone; refuses the thing that names no beacon.
+void ReadBeaconFields(const TFields& AFields, TListedBeacon::TRow& ARow);
+
+/// Reads comma-separated values row by row: the columns of `ReadBeaconFields` and `x`, `y` (metres)
+/// and `map`, 0 where there is none. Raises `EFileError`.
+class TBeaconRows {
+ public:
+  explicit TBeaconRows(TCsvReader ACsv);
+
+  /// Goes to the next row; false at the end. A file without a single one is refused.
+  bool Next();
+  const TListedBeacon::TRow& GetRow() const { return FRow; }
+  /// The row as it stands in the file.
+  const TCsvReader& GetCsv() const { return FCsv; }
+
+ private:
+  float ReadMetres(std::string_view AColumn) const;
+
+  TCsvReader FCsv;
+  const std::string_view FX, FY;
+  TListedBeacon::TRow FRow;
+  bool FIsEmpty = true;
+};
+
 /// The beacons of one map, in file order; their indexes are those of the list.
 struct TBeaconFile {
   int Map = 0;  ///< the map of the first row
@@ -73,10 +102,8 @@ struct TBeaconFile {
   int FirstRepeatedLine = 0;
 };
 
-/// Reads comma-separated values with the columns `x`, `y` (metres), `map`, `kind`, `name`, `power`
-/// (dBm at 1 m) and the identity: `uuid`, `major`, `minor`, or for the kind Eddystone `namespace`
-/// and `instance`. Without a `kind` a beacon is an iBeacon, without a `map` it is on map 0.
-/// Of rows with one identity the first counts. Raises `EFileError`.
+/// Reads the whole of a file that `TBeaconRows` reads. Of rows with one identity the first counts.
+/// Raises `EFileError`.
 TBeaconFile ReadBeaconFile(const std::string& AFileName);
 
 }  // namespace Wayfence

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Wayfence {
@@ -91,5 +93,20 @@ struct TProjectNewArguments {
   bool Overwrite = false;
 };
 int RunProjectNew(const TProjectNewArguments& AArguments);
+
+struct TProjectImportArguments {
+  using TPair = std::optional<std::pair<double, double>>;
+
+  std::string File;
+  std::vector<std::string> GeoJsonFiles;
+  std::string BeaconFile;  ///< empty: none
+  std::vector<std::string> MapNames;
+  std::string Coordinates = "guess";  ///< or "degrees", "metres"
+  TPair Origin;                       ///< longitude and latitude, or metres
+  TPair Size;                         ///< metres
+  bool IsYUp = false;
+  bool Overwrite = false;
+};
+int RunProjectImport(const TProjectImportArguments& AArguments);
 
 }  // namespace Wayfence

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
+#include <utility>
 
 #include "platform/errors.h"
 #include "platform/files.h"
@@ -12,6 +12,7 @@ namespace Wayfence {
 namespace {
 
 constexpr std::size_t MaxSize = 256 << 20;  // bytes
+constexpr std::size_t MaxColumns = 1000;
 
 std::string_view Trim(std::string_view AText) {
   const std::size_t First = AText.find_first_not_of(" \t");
@@ -19,21 +20,17 @@ std::string_view Trim(std::string_view AText) {
   return AText.substr(First, AText.find_last_not_of(" \t") - First + 1);
 }
 
-/// Whether the whole text is a value of the type.
-template <class T>
-bool Parse(std::string_view AText, T& AValue) {
-  const char* const End = AText.data() + AText.size();
-  const auto Result = std::from_chars(AText.data(), End, AValue);
-  return Result.ec == std::errc() && Result.ptr == End;
-}
-
 }  // namespace
 
 TCsvReader::TCsvReader(const std::string& AFileName)
-    : FFileName(AFileName), FText(System::ReadWholeFile(AFileName, MaxSize)) {
+    : TCsvReader(AFileName, System::ReadWholeFile(AFileName, MaxSize)) {}
+
+TCsvReader::TCsvReader(const std::string& AFileName, std::string AText)
+    : FFileName(AFileName), FText(std::move(AText)) {
   Take("\xEF\xBB\xBF");
   if (!ReadRow()) Refuse("the file is empty; its first line names the columns");
   FColumns.swap(FFields);
+  if (FColumns.size() > MaxColumns) Refuse(fmt::format("more than {} columns", MaxColumns));
   for (std::size_t I = 0; I < FColumns.size(); ++I)
     if (IndexOf(FColumns[I]) != I) Refuse(fmt::format("column {} is there twice", FColumns[I]));
 }
@@ -67,27 +64,8 @@ std::string_view TCsvReader::GetText(std::string_view AColumn) const {
   return Index < FFields.size() ? std::string_view(FFields[Index]) : std::string_view();
 }
 
-double TCsvReader::GetNumber(std::string_view AColumn, double AFrom, double ATo) const {
-  double Result = 0.0;
-  if (!Parse(GetText(AColumn), Result) || !(Result >= AFrom && Result <= ATo))
-    RefuseField(AColumn, fmt::format("is no number from {} to {}", AFrom, ATo));
-  return Result;
-}
-
-int TCsvReader::GetInteger(std::string_view AColumn, int AFrom, int ATo) const {
-  int Result = 0;
-  if (!Parse(GetText(AColumn), Result) || Result < AFrom || Result > ATo)
-    RefuseField(AColumn, fmt::format("is no whole number from {} to {}", AFrom, ATo));
-  return Result;
-}
-
-void TCsvReader::Refuse(std::string_view AWhat) const {
-  throw System::EFileError(fmt::format("{}:{}: {}", FFileName, FRowLine, AWhat));
-}
-
-void TCsvReader::RefuseField(std::string_view AColumn, std::string_view AWhat) const {
-  constexpr std::size_t MaxShown = 40;
-  Refuse(fmt::format("{}: '{}' {}", AColumn, GetText(AColumn).substr(0, MaxShown), AWhat));
+std::string TCsvReader::GetSource() const {
+  return fmt::format("{}:{}", FFileName, FRowLine);
 }
 
 // ---------------------------------------------------------------- text

@@ -7,16 +7,20 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/wayfence/fields.h"
+
 namespace Wayfence {
 
 /// Reads a file whose first line names the columns, row by row. A field may stand in quotes, a
 /// quote in it doubled, and then holds commas and line breaks; spaces around other fields and empty
 /// lines are skipped. Whatever is wrong raises `EFileError` "FILE:LINE: what". One thread at a
 /// time.
-class TCsvReader {
+class TCsvReader final : public TFields {
  public:
   /// Reads the names of the columns.
   explicit TCsvReader(const std::string& AFileName);
+  /// The same for a text that is there already; the name is for messages.
+  TCsvReader(const std::string& AFileName, std::string AText);
 
   /// Goes to the next row; false at the end.
   bool Next();
@@ -25,14 +29,11 @@ class TCsvReader {
 
   /// The first of these columns that is there; refuses the file when none is.
   std::string_view ColumnOf(std::initializer_list<std::string_view> ANames) const;
-  /// The row's field, empty when there is no such column.
-  std::string_view GetText(std::string_view AColumn) const;
-  double GetNumber(std::string_view AColumn, double AFrom, double ATo) const;
-  int GetInteger(std::string_view AColumn, int AFrom, int ATo) const;
+  const std::vector<std::string>& GetColumns() const noexcept { return FColumns; }
+  /// The row's field.
+  std::string_view GetText(std::string_view AColumn) const override;
 
-  /// Refuses the file because of the row.
-  [[noreturn]] void Refuse(std::string_view AWhat) const;
-  [[noreturn]] void RefuseField(std::string_view AColumn, std::string_view AWhat) const;
+  std::string GetSource() const override;
 
  private:
   bool ReadRow();
@@ -42,8 +43,8 @@ class TCsvReader {
   bool TakeLineEnd();
   std::size_t IndexOf(std::string_view AColumn) const;
 
-  const std::string FFileName;
-  const std::string FText;
+  std::string FFileName;
+  std::string FText;
   std::size_t FAt = 0;
   int FLine = 1;
   int FRowLine = 1;

@@ -2,8 +2,10 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <cmath>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "apps/wayfence/commands.h"
 
@@ -118,6 +120,84 @@ void AddBundle(CLI::App& AProgram, TCommand& AChosen) {
   Extract.footer("The scene's text is the file 'project'.");
 }
 
+/// Two finite numbers with a separator between.
+std::pair<double, double> ReadPair(const std::string& AText,
+                                   char ASeparator,
+                                   const std::string& AOption,
+                                   const std::string& AForm) {
+  const char* const End = AText.data() + AText.size();
+  std::pair<double, double> Result;
+  const auto First = std::from_chars(AText.data(), End, Result.first);
+  const bool IsParted = First.ec == std::errc() && First.ptr != End && *First.ptr == ASeparator;
+  const auto Second = std::from_chars(IsParted ? First.ptr + 1 : End, End, Result.second);
+  if (Second.ec != std::errc() || Second.ptr != End || !std::isfinite(Result.first) ||
+      !std::isfinite(Result.second))
+    throw CLI::ValidationError(AOption, "'" + AText + "' is not " + AForm);
+  return Result;
+}
+
+constexpr const char* ImportFooter =
+    "Polygons become zones, lines paths that join where they meet, points with a uuid or a\n"
+    "namespace beacons; other points name the path node that they lie on. Each file is a floor, "
+    "or\n"
+    "several when its features have different values of level.\n"
+    "\n"
+    "Properties of a feature:\n"
+    "  name (or else the feature's id), level or floor (\"0\", \"0;1\"), link (the name of a path\n"
+    "  node on another floor); of a beacon also kind (iBeacon, AltBeacon, Eddystone or\n"
+    "  iBeaconAltBeacon), uuid, major, minor, namespace, instance, power (dBm at 1 m);\n"
+    "  type \"floor\" or indoor \"level\": the outline of a floor, which names it\n"
+    "Columns of a list of beacons:\n"
+    "  name,x,y,map,kind,uuid,major,minor,namespace,instance,power; x, y in metres, maps count\n"
+    "  from 0\n"
+    "Everything else goes to the description list of the thing.\n"
+    "\n"
+    "Examples:\n"
+    "  wayfence project import mall.xml --geojson f1.geojson f2.geojson --beacons beacons.csv\n"
+    "  wayfence project import hall.xml --beacons beacons.csv --size 20x12";
+
+void AddImport(CLI::App& AGroup, TCommand& AChosen) {
+  const auto Arguments = std::make_shared<TProjectImportArguments>();
+  CLI::App& Command = Add(AGroup,
+                          "import",
+                          "Makes a project from floor plans (GeoJSON) and a list of beacons (CSV)",
+                          AChosen,
+                          &RunProjectImport,
+                          Arguments);
+  Command.add_option("FILE", Arguments->File, "The file to write: .zip, or else XML")->required();
+  CLI::Option& Plans = *Command.add_option(
+      "--geojson", Arguments->GeoJsonFiles, "Floor plans, the lowest floor first");
+  CLI::Option& Beacons =
+      *Command.add_option("--beacons", Arguments->BeaconFile, "A list of beacons");
+  Command.add_option("--map", Arguments->MapNames, "Names of the maps, in their order");
+  Command
+      .add_option("--coordinates",
+                  Arguments->Coordinates,
+                  "Of the floor plans: degrees (longitude, latitude), metres, or guess: degrees\n"
+                  "where all lie within a tenth of a degree")
+      ->check(CLI::IsMember({"guess", "degrees", "metres"}))
+      ->capture_default_str();
+  Command.add_option_function<std::string>(
+      "--origin",
+      [Arguments](const std::string& AText) {
+        Arguments->Origin = ReadPair(AText, ',', "--origin", "LON,LAT or X,Y");
+      },
+      "What becomes the upper left corner of every map, LON,LAT or X,Y in metres; where\n"
+      "each floor begins if it is not given");
+  Command.add_option_function<std::string>(
+      "--size",
+      [Arguments](const std::string& AText) {
+        Arguments->Size = ReadPair(AText, 'x', "--size", "WIDTHxHEIGHT in metres");
+      },
+      "The size of every map, WIDTHxHEIGHT in metres; plans in metres then begin at 0,0");
+  Command.add_flag("--y-up", Arguments->IsYUp, "Y of what is in metres runs upwards");
+  Command.add_flag("--overwrite", Arguments->Overwrite, "Replace the file if it is there");
+  Command.footer(ImportFooter);
+  Command.callback([&Plans, &Beacons] {
+    if (Plans.empty() && Beacons.empty()) throw CLI::RequiredError("--geojson or --beacons");
+  });
+}
+
 void AddProject(CLI::App& AProgram, TCommand& AChosen) {
   CLI::App& Group = *AProgram.add_subcommand("project", "Makes projects");
   Group.require_subcommand(1);
@@ -134,6 +214,7 @@ void AddProject(CLI::App& AProgram, TCommand& AChosen) {
       "Example:\n"
       "  wayfence project new office.xml    also writes office.walk.json\n"
       "  wayfence check office.xml");
+  AddImport(Group, AChosen);
 }
 
 }  // namespace

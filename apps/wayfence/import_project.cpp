@@ -1,0 +1,147 @@
+#include "apps/wayfence/import_project.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+#include "apps/wayfence/import_paths.h"
+
+namespace Wayfence {
+
+using namespace System;
+using namespace System::Beacon;
+using namespace System::Beacon::Fencing;
+using namespace System::Beacon::Fencing::Scene::Beacons;
+using TMapBeacon = Scene::Beacons::TBeacon;
+
+namespace {
+
+TPointF PointOf(TPlace APlace) {
+  return {static_cast<float>(APlace.X), static_cast<float>(APlace.Y)};
+}
+
+std::vector<TPointF> PointsOf(const std::vector<TPlace>& APlaces) {
+  std::vector<TPointF> Result;
+  for (const TPlace& Place : APlaces) Result.push_back(PointOf(Place));
+  return Result;
+}
+
+template <class TNodeClass>
+void DescribeAll(TNodeClass& ANode, const TDescriptionList& AList) {
+  if (AList.empty()) return;
+  TDescriptionList List = StringToDescriptionList(ANode.GetDescriptionList());
+  List.insert(List.end(), AList.begin(), AList.end());
+  ANode.SetDescriptionList(DescriptionListToString(List));
+}
+
+/// The rectangle, when the corners are one whose sides run along the axes, to a centimetre.
+bool IsRectangle(const std::vector<TPlace>& ACorners, TRectF& ARect) {
+  constexpr double Tolerance = 0.01;  // metres
+  if (ACorners.size() != 4) return false;
+  const auto IsSame = [](double A, double B) { return std::abs(A - B) <= Tolerance; };
+  const auto& [A, B, C, D] = std::tie(ACorners[0], ACorners[1], ACorners[2], ACorners[3]);
+  const bool StartsAlongX =
+      IsSame(A.Y, B.Y) && IsSame(B.X, C.X) && IsSame(C.Y, D.Y) && IsSame(D.X, A.X);
+  const bool StartsAlongY =
+      IsSame(A.X, B.X) && IsSame(B.Y, C.Y) && IsSame(C.X, D.X) && IsSame(D.Y, A.Y);
+  const TPointF First = PointOf(A);
+  const TPointF Third = PointOf(C);
+  ARect = {std::min(First.X, Third.X),
+           std::min(First.Y, Third.Y),
+           std::max(First.X, Third.X),
+           std::max(First.Y, Third.Y)};
+  return (StartsAlongX || StartsAlongY) && ARect.GetWidth() > 0.0F && ARect.GetHeight() > 0.0F;
+}
+
+/// Furnishes the maps of a project, floor by floor.
+class TImporter {
+ public:
+  TImporter(TProjectBuilder& AProject, TWarnings& AWarnings)
+      : FProject(AProject), FWarnings(AWarnings) {}
+
+  void AddFloor(const TImportedFloor& AFloor) {
+    TMapBuilder Map = FProject.AddMap(
+        AFloor.Thing.Name, static_cast<float>(AFloor.Width), static_cast<float>(AFloor.Height));
+    DescribeAll(*Map.GetMap(), AFloor.Thing.Description);
+    for (const TImportedZone& Zone : AFloor.Zones) AddZone(Map, Zone);
+    for (const TPathGraph& Graph : JoinLines(AFloor, FWarnings)) AddPath(Map, Graph);
+    for (const TImportedBeacon& Beacon : AFloor.Beacons) AddBeacon(Map, Beacon);
+  }
+
+  void ReportRepeatedBeacons() {
+    if (FRepeated == 0) return;
+    FWarnings.push_back(fmt::format(
+        "{}: beacons left out from here on because an earlier one has their identity: {}",
+        FFirstRepeated,
+        FRepeated));
+  }
+
+ private:
+  static void AddZone(TMapBuilder& AMap, const TImportedZone& AZone) {
+    if (TRectF Rect; IsRectangle(AZone.Corners, Rect)) {
+      DescribeAll(*AMap.AddZone(AZone.Thing.Name, Rect), AZone.Thing.Description);
+      return;
+    }
+    const auto Zone = AMap.AddPathZone(AZone.Thing.Name, {});
+    Zone->SetControlPoints(PointsOf(AZone.Corners));
+    DescribeAll(*Zone, AZone.Thing.Description);
+  }
+
+  void AddPath(TMapBuilder& AMap, const TPathGraph& AGraph) {
+    const auto Path = AMap.AddPath(AGraph.Name, {});
+    Path->SetControlPoints(PointsOf(AGraph.Nodes));
+    Path->SetConnections(AGraph.Edges);
+    for (const TPathGraph::TNote& Note : AGraph.Notes) {
+      const auto Node = TMapBuilder::GetNode(*Path, Note.Node);
+      if (Note.Point && !Note.Thing->Name.empty()) Node->SetName(Note.Thing->Name);
+      DescribeAll(*Node, Note.Thing->Description);
+      if (Note.Point && !Note.Point->Link.empty())
+        FProject.Connect(Node->GetName(), Note.Point->Link);
+    }
+  }
+
+  void AddBeacon(TMapBuilder& AMap, const TImportedBeacon& ABeacon) {
+    const TListedBeacon::TRow& Row = ABeacon.Row;
+    if (!FSeen.Insert(Row.GetIdentity(), true)) {
+      if (++FRepeated == 1) FFirstRepeated = ABeacon.Thing.Source;
+      return;
+    }
+    const TRef<TMapBeacon> Beacon = MakeBeacon(AMap, ABeacon);
+    DescribeAll(*Beacon, ABeacon.Thing.Description);
+    if (Row.Power != NoPower) Describe(*Beacon, "power", fmt::format("{}", Row.Power));
+  }
+
+  static TRef<TMapBeacon> MakeBeacon(TMapBuilder& AMap, const TImportedBeacon& ABeacon) {
+    const TListedBeacon::TRow& Row = ABeacon.Row;
+    const std::string& Name = ABeacon.Thing.Name;
+    const TPointF Place = PointOf(ABeacon.Place);
+    if (Row.Kind == TKindofBeacon::Eddystone)
+      return AMap.AddEddystone(Name, Place, Row.UID.GetNamespace(), Row.UID.GetInstance());
+    const auto Result = AMap.AddBeacon(Name, Place, GUIDToString(Row.GUID), Row.Major, Row.Minor);
+    Result->SetKindofBeacon(Row.Kind);
+    return Result;
+  }
+
+  TProjectBuilder& FProject;
+  TWarnings& FWarnings;
+  TIdentityTable<bool> FSeen;
+  std::size_t FRepeated = 0;
+  std::string FFirstRepeated;
+};
+
+}  // namespace
+
+TProjectBuilder BuildProject(const std::string& AName,
+                             const TImportedFloors& AFloors,
+                             TWarnings& AWarnings) {
+  TProjectBuilder Result(AName);
+  TImporter Importer(Result, AWarnings);
+  for (const TImportedFloor& Floor : AFloors) Importer.AddFloor(Floor);
+  Importer.ReportRepeatedBeacons();
+  return Result;
+}
+
+}  // namespace Wayfence

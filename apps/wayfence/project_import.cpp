@@ -1,0 +1,103 @@
+// wayfence project import: a project from floor plans and lists of beacons.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <iterator>
+
+#include "apps/wayfence/commands.h"
+#include "apps/wayfence/import_beacons.h"
+#include "apps/wayfence/import_geojson.h"
+#include "apps/wayfence/import_place.h"
+#include "apps/wayfence/import_project.h"
+#include "persistence/json_tree.h"
+#include "platform/errors.h"
+#include "platform/files.h"
+
+namespace Wayfence {
+
+using namespace System;
+
+namespace {
+
+std::string StemOf(const std::string& AFile) {
+  return std::filesystem::path(AFile).stem().string();
+}
+
+TPlacing PlacingOf(const TProjectImportArguments& AArguments) {
+  TPlacing Result;
+  Result.Coordinates = AArguments.Coordinates == "degrees"  ? TCoordinates::Degrees
+                       : AArguments.Coordinates == "metres" ? TCoordinates::Metres
+                                                            : TCoordinates::Guess;
+  Result.IsYUp = AArguments.IsYUp;
+  if (AArguments.Origin) Result.Origin = {AArguments.Origin->first, AArguments.Origin->second};
+  if (AArguments.Size) Result.SizeOfMaps = {AArguments.Size->first, AArguments.Size->second};
+  return Result;
+}
+
+void ReadFloors(const std::string& AFile, TImportedFloors& AFloors, TWarnings& AWarnings) {
+  TImportedFloors Read =
+      ReadGeoJson(ReadWholeFile(AFile, Beacon::Fencing::MaxJsonSize), AFile, AWarnings);
+  for (TImportedFloor& Floor : Read)
+    if (Floor.Thing.Name.empty()) Floor.Thing.Name = StemOf(AFile);
+  std::move(Read.begin(), Read.end(), std::back_inserter(AFloors));
+}
+
+TImportedFloors ReadAll(const TProjectImportArguments& AArguments, TWarnings& AWarnings) {
+  const TPlacing Placing = PlacingOf(AArguments);
+  TImportedFloors Result;
+  for (const std::string& File : AArguments.GeoJsonFiles) ReadFloors(File, Result, AWarnings);
+  const bool AreInDegrees = Placing.Coordinates == TCoordinates::Guess
+                                ? AreDegrees(Result)
+                                : Placing.Coordinates == TCoordinates::Degrees;
+  for (TImportedFloor& Floor : Result) PlaceFloor(Floor, AreInDegrees, Placing);
+  if (!AArguments.BeaconFile.empty())
+    AddBeacons(Result, TBeaconRows(TCsvReader(AArguments.BeaconFile)), Placing);
+  return Result;
+}
+
+void NameMaps(TImportedFloors& AFloors, const std::vector<std::string>& ANames) {
+  if (ANames.size() > AFloors.size())
+    throw EGeneralError(
+        fmt::format("{} maps are named, {} are there", ANames.size(), AFloors.size()));
+  for (std::size_t I = 0; I < ANames.size(); ++I) AFloors[I].Thing.Name = ANames[I];
+}
+
+void PrintWarnings(const TWarnings& AWarnings) {
+  constexpr std::size_t MaxPrinted = 20;
+  const std::size_t Printed = std::min(AWarnings.size(), MaxPrinted);
+  for (std::size_t I = 0; I < Printed; ++I) fmt::print(stderr, "wayfence: {}\n", AWarnings[I]);
+  if (AWarnings.size() > Printed)
+    fmt::print(stderr, "wayfence: and {} more of the kind\n", AWarnings.size() - Printed);
+}
+
+void PrintSummary(const std::string& AFile, const TImportedFloors& AFloors) {
+  for (const TImportedFloor& Floor : AFloors)
+    fmt::print(stderr,
+               "{}: {:.2f} x {:.2f} m, {} zones, {} lines, {} beacons\n",
+               Floor.Thing.Name,
+               Floor.Width,
+               Floor.Height,
+               Floor.Zones.size(),
+               Floor.Lines.size(),
+               Floor.Beacons.size());
+  fmt::print(stderr, "wrote {}\n", AFile);
+}
+
+}  // namespace
+
+int RunProjectImport(const TProjectImportArguments& AArguments) {
+  if (std::filesystem::exists(AArguments.File) && !AArguments.Overwrite)
+    throw EFileError(
+        fmt::format("{}: the file is there already; --overwrite replaces it", AArguments.File));
+  TWarnings Warnings;
+  TImportedFloors Floors = ReadAll(AArguments, Warnings);
+  NameMaps(Floors, AArguments.MapNames);
+  BuildProject(StemOf(AArguments.File), Floors, Warnings).Save(AArguments.File);
+  PrintWarnings(Warnings);
+  PrintSummary(AArguments.File, Floors);
+  return ExitDone;
+}
+
+}  // namespace Wayfence
