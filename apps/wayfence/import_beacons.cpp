@@ -67,4 +67,21 @@ void AddBeacons(TImportedFloors& AFloors, TBeaconRows ARows, const TPlacing& APl
     for (TImportedFloor& Floor : AFloors) PlaceFloor(Floor, false, APlacing);
 }
 
+void KeepFirstBeacons(TImportedFloors& AFloors, TWarnings& AWarnings) {
+  System::Beacon::TIdentityTable<bool> Seen;
+  std::size_t Repeated = 0;
+  std::string First;  // where the first of them stands
+  for (TImportedFloor& Floor : AFloors)
+    Repeated += std::erase_if(Floor.Beacons, [&](const TImportedBeacon& ABeacon) {
+      if (Seen.Insert(ABeacon.Row.GetIdentity(), true)) return false;
+      if (First.empty()) First = ABeacon.Thing.Source;
+      return true;
+    });
+  if (Repeated > 0)
+    AWarnings.push_back(fmt::format(
+        "{}: the first of the beacons left out ({}) for having the identity of an earlier one",
+        First,
+        Repeated));
+}
+
 }  // namespace Wayfence

@@ -11,6 +11,9 @@ namespace Wayfence {
 /// that are no fields of a beacon are described. Raises `EFileError`.
 void AddBeacons(TImportedFloors& AFloors, TBeaconRows ARows, const TPlacing& APlacing);
 
+/// Leaves out the beacons that have the identity of an earlier one, and tells of them.
+void KeepFirstBeacons(TImportedFloors& AFloors, TWarnings& AWarnings);
+
 inline constexpr std::size_t MaxImportedBeacons = 100'000;  // of one file
 
 }  // namespace Wayfence

@@ -63,6 +63,8 @@ class TImporter {
       : FProject(AProject), FWarnings(AWarnings) {}
 
   void AddFloor(const TImportedFloor& AFloor) {
+    FFloor = AFloor.Thing.Name;
+    FNumbers = {};
     TMapBuilder Map = FProject.AddMap(
         AFloor.Thing.Name, static_cast<float>(AFloor.Width), static_cast<float>(AFloor.Height));
     DescribeAll(*Map.GetMap(), AFloor.Thing.Description);
@@ -71,29 +73,30 @@ class TImporter {
     for (const TImportedBeacon& Beacon : AFloor.Beacons) AddBeacon(Map, Beacon);
   }
 
-  void ReportRepeatedBeacons() {
-    if (FRepeated == 0) return;
-    FWarnings.push_back(fmt::format(
-        "{}: beacons left out from here on because an earlier one has their identity: {}",
-        FFirstRepeated,
-        FRepeated));
+ private:
+  /// A name for what has none: "Level 1 zone 3".
+  std::string NameOf(const std::string& AName, const char* AWhat, int& ACount) const {
+    ++ACount;
+    return AName.empty() ? fmt::format("{} {} {}", FFloor, AWhat, ACount) : AName;
   }
 
- private:
-  static void AddZone(TMapBuilder& AMap, const TImportedZone& AZone) {
+  void AddZone(TMapBuilder& AMap, const TImportedZone& AZone) {
+    const std::string Name = NameOf(AZone.Thing.Name, "zone", FNumbers.Zones);
     if (TRectF Rect; IsRectangle(AZone.Corners, Rect)) {
-      DescribeAll(*AMap.AddZone(AZone.Thing.Name, Rect), AZone.Thing.Description);
+      DescribeAll(*AMap.AddZone(Name, Rect), AZone.Thing.Description);
       return;
     }
-    const auto Zone = AMap.AddPathZone(AZone.Thing.Name, {});
+    const auto Zone = AMap.AddPathZone(Name, {});
     Zone->SetControlPoints(PointsOf(AZone.Corners));
     DescribeAll(*Zone, AZone.Thing.Description);
   }
 
   void AddPath(TMapBuilder& AMap, const TPathGraph& AGraph) {
-    const auto Path = AMap.AddPath(AGraph.Name, {});
+    const auto Path = AMap.AddPath(NameOf(AGraph.Name, "path", FNumbers.Paths), {});
     Path->SetControlPoints(PointsOf(AGraph.Nodes));
     Path->SetConnections(AGraph.Edges);
+    for (std::int32_t I = 0; I < Path->GetControlPointCount(); ++I)
+      TMapBuilder::GetNode(*Path, I)->SetName(NameOf({}, "node", FNumbers.Nodes));
     for (const TPathGraph::TNote& Note : AGraph.Notes) {
       const auto Node = TMapBuilder::GetNode(*Path, Note.Node);
       if (Note.Point && !Note.Thing->Name.empty()) Node->SetName(Note.Thing->Name);
@@ -104,19 +107,15 @@ class TImporter {
   }
 
   void AddBeacon(TMapBuilder& AMap, const TImportedBeacon& ABeacon) {
-    const TListedBeacon::TRow& Row = ABeacon.Row;
-    if (!FSeen.Insert(Row.GetIdentity(), true)) {
-      if (++FRepeated == 1) FFirstRepeated = ABeacon.Thing.Source;
-      return;
-    }
     const TRef<TMapBeacon> Beacon = MakeBeacon(AMap, ABeacon);
     DescribeAll(*Beacon, ABeacon.Thing.Description);
-    if (Row.Power != NoPower) Describe(*Beacon, "power", fmt::format("{}", Row.Power));
+    if (ABeacon.Row.Power != NoPower)
+      Describe(*Beacon, "power", fmt::format("{}", ABeacon.Row.Power));
   }
 
-  static TRef<TMapBeacon> MakeBeacon(TMapBuilder& AMap, const TImportedBeacon& ABeacon) {
+  TRef<TMapBeacon> MakeBeacon(TMapBuilder& AMap, const TImportedBeacon& ABeacon) {
     const TListedBeacon::TRow& Row = ABeacon.Row;
-    const std::string& Name = ABeacon.Thing.Name;
+    const std::string Name = NameOf(ABeacon.Thing.Name, "beacon", FNumbers.Beacons);
     const TPointF Place = PointOf(ABeacon.Place);
     if (Row.Kind == TKindofBeacon::Eddystone)
       return AMap.AddEddystone(Name, Place, Row.UID.GetNamespace(), Row.UID.GetInstance());
@@ -127,9 +126,10 @@ class TImporter {
 
   TProjectBuilder& FProject;
   TWarnings& FWarnings;
-  TIdentityTable<bool> FSeen;
-  std::size_t FRepeated = 0;
-  std::string FFirstRepeated;
+  std::string FFloor;
+  struct {
+    int Zones = 0, Paths = 0, Nodes = 0, Beacons = 0;
+  } FNumbers;  // of this floor
 };
 
 }  // namespace
@@ -140,7 +140,6 @@ TProjectBuilder BuildProject(const std::string& AName,
   TProjectBuilder Result(AName);
   TImporter Importer(Result, AWarnings);
   for (const TImportedFloor& Floor : AFloors) Importer.AddFloor(Floor);
-  Importer.ReportRepeatedBeacons();
   return Result;
 }
 

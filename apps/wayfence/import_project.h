@@ -6,8 +6,7 @@
 
 namespace Wayfence {
 
-/// Makes a map of every floor, which has been placed. Of beacons with one identity the first is
-/// kept; what is left out is told in `AWarnings`.
+/// Makes a map of every floor, which has been placed. What is left out is told in `AWarnings`.
 System::Beacon::Fencing::Scene::Beacons::TProjectBuilder BuildProject(
     const std::string& AName, const TImportedFloors& AFloors, TWarnings& AWarnings);
 

@@ -193,7 +193,7 @@ void AddImport(CLI::App& AGroup, TCommand& AChosen) {
   Command.add_flag("--y-up", Arguments->IsYUp, "Y of what is in metres runs upwards");
   Command.add_flag("--overwrite", Arguments->Overwrite, "Replace the file if it is there");
   Command.footer(ImportFooter);
-  Command.callback([&Plans, &Beacons] {
+  Command.parse_complete_callback([&Plans, &Beacons] {
     if (Plans.empty() && Beacons.empty()) throw CLI::RequiredError("--geojson or --beacons");
   });
 }

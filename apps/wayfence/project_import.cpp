@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
+#include <map>
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/import_beacons.h"
@@ -57,11 +58,16 @@ TImportedFloors ReadAll(const TProjectImportArguments& AArguments, TWarnings& AW
   return Result;
 }
 
+/// Those that are asked for; a name that is there already gets a number.
 void NameMaps(TImportedFloors& AFloors, const std::vector<std::string>& ANames) {
   if (ANames.size() > AFloors.size())
     throw EGeneralError(
         fmt::format("{} maps are named, {} are there", ANames.size(), AFloors.size()));
   for (std::size_t I = 0; I < ANames.size(); ++I) AFloors[I].Thing.Name = ANames[I];
+  std::map<std::string, int> Counts;
+  for (TImportedFloor& Floor : AFloors)
+    if (const int Count = ++Counts[Floor.Thing.Name]; Count > 1)
+      Floor.Thing.Name += fmt::format(" ({})", Count);
 }
 
 void PrintWarnings(const TWarnings& AWarnings) {
@@ -93,6 +99,7 @@ int RunProjectImport(const TProjectImportArguments& AArguments) {
         fmt::format("{}: the file is there already; --overwrite replaces it", AArguments.File));
   TWarnings Warnings;
   TImportedFloors Floors = ReadAll(AArguments, Warnings);
+  KeepFirstBeacons(Floors, Warnings);
   NameMaps(Floors, AArguments.MapNames);
   BuildProject(StemOf(AArguments.File), Floors, Warnings).Save(AArguments.File);
   PrintWarnings(Warnings);
