@@ -1,4 +1,4 @@
-// JSON as a tree that knows its lines. Used by the readers of this folder only.
+// JSON as a tree that knows its lines. Used by readers, in their .cpp files.
 #pragma once
 
 #include <cstdint>

@@ -3,11 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <utility>
+#include <tuple>
+#include <vector>
 
 #include "apps/wayfence/import_paths.h"
+#include "platform/errors.h"
+#include "platform/xml_characters.h"
 
 namespace Wayfence {
 
@@ -37,6 +39,28 @@ void DescribeAll(TNodeClass& ANode, const TDescriptionList& AList) {
   ANode.SetDescriptionList(DescriptionListToString(List));
 }
 
+/// Names are kept as XML.
+void RequireName(const std::string& AName, const TImportedThing& AThing) {
+  const std::size_t At = FindNoXMLCharacter(AName);
+  if (At == std::string::npos) return;
+  throw EFileError(
+      fmt::format("{}: byte {} of the name '{}' is a control character or no UTF-8; take it out",
+                  AThing.Source,
+                  At + 1,
+                  AName.substr(0, At)));
+}
+
+void RequireNames(const TImportedFloor& AFloor) {
+  RequireName(AFloor.Thing.Name, AFloor.Thing);
+  for (const TImportedZone& Zone : AFloor.Zones) RequireName(Zone.Thing.Name, Zone.Thing);
+  for (const TImportedLine& Line : AFloor.Lines) RequireName(Line.Thing.Name, Line.Thing);
+  for (const TImportedBeacon& Beacon : AFloor.Beacons) RequireName(Beacon.Thing.Name, Beacon.Thing);
+  for (const TImportedPoint& Point : AFloor.Points) {
+    RequireName(Point.Thing.Name, Point.Thing);
+    RequireName(Point.Link, Point.Thing);
+  }
+}
+
 /// The rectangle, when the corners are one whose sides run along the axes, to a centimetre.
 bool IsRectangle(const std::vector<TPlace>& ACorners, TRectF& ARect) {
   constexpr double Tolerance = 0.01;  // metres
@@ -63,6 +87,7 @@ class TImporter {
       : FProject(AProject), FWarnings(AWarnings) {}
 
   void AddFloor(const TImportedFloor& AFloor) {
+    RequireNames(AFloor);
     FFloor = AFloor.Thing.Name;
     FNumbers = {};
     TMapBuilder Map = FProject.AddMap(

@@ -7,6 +7,7 @@
 namespace Wayfence {
 
 /// Makes a map of every floor, which has been placed. What is left out is told in `AWarnings`.
+/// Raises `EFileError` for a name that cannot be kept.
 System::Beacon::Fencing::Scene::Beacons::TProjectBuilder BuildProject(
     const std::string& AName, const TImportedFloors& AFloors, TWarnings& AWarnings);
 

@@ -147,7 +147,6 @@ TEST_F(ImportTest, FilesAndLevelsBecomeFloorsThatAListOfBeaconsFills) {
 }
 
 TEST_F(ImportTest, RefusedFilesAreToldWithTheirPlaceAndWriteNothing) {
-  const std::string Text(40, '[');
   const std::array Cases{
       std::pair{std::string("[1]"), "plan:1: this is no GeoJSON"},
       std::pair{std::string("{\"type\":\"FeatureCollection\"}"),
@@ -159,7 +158,9 @@ TEST_F(ImportTest, RefusedFilesAreToldWithTheirPlaceAndWriteNothing) {
       std::pair{Feature("", "LineString", "[[0, 0], [5, 0]]"), "plan: floor 'plan' has no area"},
       std::pair{Feature("", "LineString", "[[0, 0], [5e8, 1]]"), "plan: floor 'plan' reaches"},
       std::pair{Feature("\"uuid\": \"x\"", "Point", "[0, 0]"), "plan:1: uuid: 'x' is no UUID"},
-      std::pair{Text, "plan:1: nested more than 32 levels deep"}};
+      std::pair{Feature("\"name\": \"a\\u0001\"", "Polygon", "[[[0, 0], [3, 0], [3, 1]]]"),
+                "plan:1: byte 2 of the name 'a' is"},
+      std::pair{std::string(40, '['), "plan:1: nested more than 32 levels deep"}};
   for (const auto& [Plan, Message] : Cases) {
     ReplaceFile(Path("plan"), Plan);
     ExpectRefusal(1, "project import out.xml --geojson plan", std::string("wayfence: ") + Message);
