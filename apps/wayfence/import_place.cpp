@@ -65,6 +65,11 @@ class TLocalPlane {
   double FNorth = 0.0;
 };
 
+/// Whether these can be longitudes and latitudes.
+bool IsOnEarth(const TBox& ABox) {
+  return ABox.Left >= -180.0 && ABox.Right <= 180.0 && ABox.Top >= -90.0 && ABox.Bottom <= 90.0;
+}
+
 TPlace Downwards(TPlace APlace, bool AIsYUp) {
   return {APlace.X, AIsYUp ? -APlace.Y : APlace.Y};
 }
@@ -78,6 +83,12 @@ TPlace CornerOf(const TBox& ABox, const TPlacing& APlacing) {
 
 void ProjectFloor(TImportedFloor& AFloor, const TPlacing& APlacing) {
   const TBox Box = BoxOf(AFloor);
+  if (!IsOnEarth(Box))
+    throw System::EFileError(
+        fmt::format("{}: floor '{}' reaches beyond 180 degrees of longitude or 90 of latitude; see "
+                    "whether its coordinates are metres",
+                    AFloor.Thing.Source,
+                    AFloor.Thing.Name));
   const TPlace NorthWest{Box.Left, Box.Bottom};
   const TLocalPlane Plane(APlacing.Origin.value_or(Box.IsEmpty() ? TPlace() : NorthWest));
   ForEachPlace(AFloor, [&Plane](TPlace& APlace) { APlace = Plane.Project(APlace); });
@@ -121,8 +132,7 @@ bool AreDegrees(TImportedFloors& AFloors) {
   TBox Box;
   for (TImportedFloor& Floor : AFloors)
     ForEachPlace(Floor, [&Box](TPlace APlace) { Box.Add(APlace); });
-  return Box.Left >= -180.0 && Box.Right <= 180.0 && Box.Top >= -90.0 && Box.Bottom <= 90.0 &&
-         Box.Right - Box.Left < MaxExtent && Box.Bottom - Box.Top < MaxExtent;
+  return IsOnEarth(Box) && Box.Right - Box.Left < MaxExtent && Box.Bottom - Box.Top < MaxExtent;
 }
 
 void PlaceFloor(TImportedFloor& AFloor, bool AAreDegrees, const TPlacing& APlacing) {

@@ -97,7 +97,7 @@ TEST_F(ImportTest, APlanInMetresBecomesZonesPathsAndBeacons) {
 
   std::string Information;
   for (const json& Poi : Project["pois"])
-    for (const json& Entry : Poi["information"])
+    for (const json& Entry : Poi.value("information", json::array()))
       Information += fmt::format("{}: {} = {}\n",
                                  Poi["name"].get<std::string>(),
                                  Entry["key"].get<std::string>(),
@@ -167,6 +167,10 @@ TEST_F(ImportTest, RefusedFilesAreToldWithTheirPlaceAndWriteNothing) {
   }
   ReplaceFile(Path("list"), fmt::format("x,y,map,uuid,major,minor\n1,1,5000,{},1,1\n", UUID));
   ExpectRefusal(1, "project import out.xml --beacons list", "wayfence: list:2: map: '5000' is no");
+  ReplaceFile(Path("plan"), Feature("", "LineString", "[[0, 0], [200, 9]]"));
+  ExpectRefusal(1,
+                "project import out.xml --geojson plan --coordinates degrees",
+                "wayfence: plan: floor 'plan' reaches beyond 180 degrees");
   EXPECT_FALSE(std::filesystem::exists(Path("out.xml")));
   ExpectRefusal(2, "project import out.xml", "--geojson or --beacons is required");
 }
