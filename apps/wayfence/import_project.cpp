@@ -27,6 +27,7 @@ TPointF PointOf(TPlace APlace) {
 
 std::vector<TPointF> PointsOf(const std::vector<TPlace>& APlaces) {
   std::vector<TPointF> Result;
+  Result.reserve(APlaces.size());
   for (const TPlace& Place : APlaces) Result.push_back(PointOf(Place));
   return Result;
 }
@@ -144,7 +145,7 @@ class TImporter {
     const TPointF Place = PointOf(ABeacon.Place);
     if (Row.Kind == TKindofBeacon::Eddystone)
       return AMap.AddEddystone(Name, Place, Row.UID.GetNamespace(), Row.UID.GetInstance());
-    const auto Result = AMap.AddBeacon(Name, Place, GUIDToString(Row.GUID), Row.Major, Row.Minor);
+    auto Result = AMap.AddBeacon(Name, Place, GUIDToString(Row.GUID), Row.Major, Row.Minor);
     Result->SetKindofBeacon(Row.Kind);
     return Result;
   }
