@@ -15,7 +15,7 @@ build_packages=(g++ cmake ninja-build pkg-config ccache libfmt-dev nlohmann-json
   libxcb-xtest0-dev)
 # What the tests run.
 test_packages=(dbus gzip python3 fonts-dejavu-core fonts-liberation2 libgdiplus xvfb)
-bench_packages=(libbenchmark-dev libboost-graph-dev)
+bench_packages=(libbenchmark-dev libboost-graph-dev qt6-base-dev)
 clang_packages=(clang libclang-rt-14-dev)
 
 # say WORD...: a message for the person who runs the script.
