@@ -55,6 +55,7 @@ bool IsBundleId(std::string_view AnId) noexcept {
 
 bool IsBundlePath(std::string_view APath) noexcept {
   return !APath.empty() && APath.size() <= MaxBundlePath &&
+         WithoutByteOrderMark(APath).size() == APath.size() &&
          std::none_of(APath.begin(), APath.end(), &IsControl) &&
          FindNoXMLCharacter(APath) == std::string_view::npos;
 }

@@ -21,7 +21,8 @@ struct TBundleName {
 
 /// 1 to 64 letters, digits, '-' or '_': an id names a file in the bundle's folder and nothing else.
 bool IsBundleId(std::string_view AnId) noexcept;
-/// A path is only a name, so it may look like any; but it stands on one line and in XML.
+/// A path is only a name, so it may look like any; but it stands on one line and in XML, and does
+/// not begin with a byte-order mark, which a table would lose.
 bool IsBundlePath(std::string_view APath) noexcept;
 
 // These raise `EFileError`, "PLACE: what is wrong", without "PLACE: " where that is empty.
