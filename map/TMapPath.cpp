@@ -190,6 +190,8 @@ TRef<IPathNode> TMapPath::TakeOutNode(std::int32_t AIndex) {
 }
 
 bool TMapPath::BeginControlPointInsertion(std::int32_t AIndex) {
+  // Slots and points do not agree while a point is being added or removed.
+  if (FChangesOfPoints > 0) return false;
   if (!TConnectedControlPointsShape::BeginControlPointInsertion(AIndex)) return false;
   CorrectChildren();
   FControlPointNodes.emplace_back();

@@ -163,6 +163,7 @@ TProjectBuilder::TProjectBuilder(const std::string& AName)
 TMapBuilder TProjectBuilder::AddMap(const std::string& AName, float AWidth, float AHeight) {
   TMapBuilder Result(FBundle, AName, AWidth, AHeight);
   FScene->AddChild(Result.GetMap());
+  if (FConnections) FScene->MoveChildToBack(FScene->GetChildIndex(FConnections.Get()));
   return Result;
 }
 

@@ -85,7 +85,7 @@ bool TControlPointsShape::AddControlPoint(TPointF APoint) {
 bool TControlPointsShape::AddControlPointAtIndex(std::int32_t AIndex, TPointF APoint) {
   if (AIndex < 0 || AIndex > GetControlPointCount() || !IsFinite(APoint)) return false;
   const TRef<TNode> Keep(this);
-  if (!BeginControlPointInsertion(AIndex)) return false;
+  if (!BeginControlPointInsertion(AIndex) || AIndex > GetControlPointCount()) return false;
   const std::int32_t Last = GetControlPointCount();
   FControlPoints.insert(FControlPoints.begin() + AIndex, APoint);
   ComputeRect();

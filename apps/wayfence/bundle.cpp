@@ -49,6 +49,9 @@ fs::path PlaceOf(const fs::path& ADirectory, const std::string& APath) {
 }  // namespace
 
 int RunBundleCreate(const TBundleArguments& AArguments) {
+  if (fs::exists(AArguments.Bundle) && !AArguments.Overwrite)
+    throw EFileError(
+        fmt::format("{}: the file is there already; --overwrite replaces it", AArguments.Bundle));
   const TRef<TBundle> Bundle = New<TBundle>(nullptr);
   AddFiles(*Bundle, AArguments);
   Save(*Bundle, AArguments.Bundle);

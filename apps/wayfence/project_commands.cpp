@@ -107,6 +107,7 @@ void AddBundle(CLI::App& AProgram, TCommand& AChosen) {
       ->required();
   Create.add_option("SCENE.xml", Arguments->SceneFile, "The text of the scene")->required();
   Create.add_option("FILE", Arguments->Files, "Pictures, kept under their file names");
+  Create.add_flag("--overwrite", Arguments->Overwrite, "Replace a bundle that is there");
   Create.footer("Example:\n  wayfence bundle create office.zip scene.xml ground.png upper.png");
   CLI::App& List = Add(
       Group, "list", "Lists the files of a bundle, as JSON", AChosen, &RunBundleList, Arguments);

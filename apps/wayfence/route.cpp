@@ -1,6 +1,8 @@
 // wayfence route: the shortest way to a point of interest.
 #include <fmt/format.h>
 
+#include <cmath>
+
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/json_line.h"
 #include "apps/wayfence/project_file.h"
@@ -21,6 +23,13 @@ std::int32_t IndexOfPoi(const TFencingProject& AProject, const std::string& ANam
     if (Pois[I].Name == AName) return static_cast<std::int32_t>(I);
   throw EGeneralError(fmt::format(
       "there is no point of interest '{}'; 'wayfence inspect' lists them under \"pois\"", AName));
+}
+
+void RequirePath(const TFencingProject& AProject, std::int32_t AMap) {
+  for (const TPathNodeInfo& Info : AProject.GlobalPath)
+    if (Info.MapIndex == AMap) return;
+  throw EGeneralError(
+      fmt::format("there is no path on map {}, so no route begins or ends there", AMap));
 }
 
 /// One line for every point of the route: where it is, and how far one has come, metres of the map
@@ -52,8 +61,12 @@ int RunRoute(const TRouteArguments& AArguments) {
   if (AArguments.Map < 0 || AArguments.Map >= MapCount)
     throw EGeneralError(
         fmt::format("--from: there is no map {}; the project has {}", AArguments.Map, MapCount));
+  if (!std::isfinite(AArguments.X) || !std::isfinite(AArguments.Y))
+    throw EGeneralError("--from: X and Y are numbers in map units");
   Project.SetCurrentMapIndex(AArguments.Map);
   const std::int32_t Poi = IndexOfPoi(Project, AArguments.To);
+  RequirePath(Project, AArguments.Map);
+  RequirePath(Project, Project.PoiList.PoiList[static_cast<std::size_t>(Poi)].MapIndex);
   if (!Project.RouteTo(Poi, {AArguments.X, AArguments.Y}))
     throw EGeneralError(fmt::format("no path leads to '{}' from there", AArguments.To));
   PrintRoute(Project);

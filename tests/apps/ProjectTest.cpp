@@ -36,6 +36,8 @@ TEST_F(ProjectTest, NewProjectIsRoutedPackedAndUnpacked) {
   const std::string Inspected = OutputOf("inspect office.xml");
   OutputOf("bundle extract office.xml unpacked");
   OutputOf("bundle create again.zip unpacked/project unpacked/ground.png unpacked/upper.png");
+  ExpectRefusal(1, "bundle create office.xml again.zip", "wayfence: office.xml: the file is there");
+  ExpectRefusal(1, "route office.xml --from nan,1,0 --to Bookshelf", "wayfence: --from: X and Y");
   EXPECT_EQ(OutputOf("inspect again.zip"), Inspected);
   EXPECT_EQ(OutputOf("inspect unpacked/project"), Inspected);
   EXPECT_EQ(OutputOf("check again.zip"), "");

@@ -139,6 +139,14 @@ TEST(TMapPath, StaysInStepWhenHandlersAskForNodesOrAddPoints) {
   for (std::int32_t I = 0; I < 3; ++I)
     EXPECT_EQ(Path->GetControlPointNode(I)->GetDisplacement(), Path->GetControlPointAt(I));
   EXPECT_EQ(Path->GetChildCount(), 3);
+
+  // A point cannot be inserted while another one is being announced.
+  Path->ConnectControlPointsChange([&](IControlPointsShape*, bool) {
+    EXPECT_FALSE(Path->AddControlPointAtIndex(0, {9, 9}));
+  });
+  EXPECT_TRUE(Path->AddControlPoint({4, 0}));
+  for (std::int32_t I = 0; I < 4; ++I)
+    EXPECT_EQ(Path->GetControlPointNode(I)->GetDisplacement(), Path->GetControlPointAt(I));
 }
 
 TEST(TMapPath, ConnectsAndDescribesByNames) {
