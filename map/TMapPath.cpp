@@ -180,7 +180,7 @@ void TMapPath::ChangedPlacesOfNodes() {
 /// The later nodes move down by one slot.
 TRef<IPathNode> TMapPath::TakeOutNode(std::int32_t AIndex) {
   if (AIndex >= std::ssize(FControlPointNodes)) return nullptr;
-  const TRef<IPathNode> Result = FControlPointNodes[static_cast<std::size_t>(AIndex)];
+  TRef<IPathNode> Result = FControlPointNodes[static_cast<std::size_t>(AIndex)];
   if (Result) Result->Repaint();
   FControlPointNodes.erase(FControlPointNodes.begin() + AIndex);
   for (std::size_t I = static_cast<std::size_t>(AIndex); I < FControlPointNodes.size(); ++I)

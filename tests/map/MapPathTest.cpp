@@ -388,7 +388,7 @@ TEST(Maps, AreSearchedAndPaintedInPartsAsAWhole) {
     Paint(*Floors.Scene, Part);
     for (int Row = static_cast<int>(Y); Row < static_cast<int>(Y) + 20; ++Row)
       for (int Column = static_cast<int>(X); Column < static_cast<int>(X) + 30; ++Column) {
-        const auto I = static_cast<std::size_t>(Row * Side + Column);
+        const auto I = static_cast<std::size_t>(Row) * Side + static_cast<std::size_t>(Column);
         ASSERT_LE(Difference(Whole.GetPixels()[I], Part.GetPixels()[I]), 32)
             << Column << "," << Row;
       }
