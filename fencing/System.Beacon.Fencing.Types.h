@@ -322,6 +322,8 @@ struct TFencingProject {
   /// well inside the zone.
   bool IsCloseToPoi(TPointF ACurrentPosition, std::int32_t APoiIndex) const;
 
+  /// What the design interfaces are parts of: it stays whole as long as the record.
+  TRef<IInterface> Source;
   std::string ProjectName;
   TArray<TFencingMap> Maps;
   TAtomicValue<std::int32_t> CurrentMapIndex;

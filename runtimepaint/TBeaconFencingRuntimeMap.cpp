@@ -1,7 +1,8 @@
-#include "runtimepaint/System.Beacon.Fencing.RuntimePaint.h"
+#include "runtimepaint/System.Beacon.Fencing.RuntimePaint.Painter.h"
 
 namespace System::Beacon::Fencing {
 
-constinit TBeaconFencingRuntimeMapClass TBeaconFencingRuntimeMap::FRuntimeMapClass;
+constinit TBeaconFencingRuntimeMapClass TBeaconFencingRuntimeMap::FRuntimeMapClass =
+    RuntimeMapClassOf<TBeaconFencingMapPainter>();
 
 }  // namespace System::Beacon::Fencing

@@ -7,25 +7,14 @@
 
 #include "map/System.Beacon.Fencing.Scene.Beacons.h"
 #include "runtimepaint/monitored_regions.h"
-#include "scene/System.Beacon.Fencing.Scene.Helpers.h"
+#include "runtimepaint/nodes_below.h"
 
 namespace System::Beacon::Fencing {
 namespace {
 
 using Scene::INode;
 using Scene::TMode;
-using Scene::TNodeHelper;
 namespace Map = Scene::Beacons;
-
-/// The nodes of an interface at and below a node, depth first.
-template <class TInterface>
-std::vector<TRef<TInterface>> NodesBelow(INode* ANode) {
-  std::vector<TRef<TInterface>> Result;
-  TNodeHelper::Visit(ANode, [&Result](INode* AVisited) {
-    if (auto* const Found = Supports<TInterface>(AVisited)) Result.emplace_back(Found);
-  });
-  return Result;
-}
 
 /// Takes a scene apart, step by step.
 class TExtraction {
@@ -33,6 +22,7 @@ class TExtraction {
   explicit TExtraction(Scene::TScene& AScene) : FScene(AScene) {}
 
   TFencingProject Run() {
+    FResult.Source = &FScene;
     FResult.ProjectName = FScene.GetName();
     FMaps = NodesBelow<IDesignMap>(&FScene);
     for (std::size_t I = 0; I < FMaps.size(); ++I)

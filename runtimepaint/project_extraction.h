@@ -9,7 +9,8 @@ namespace System::Beacon::Fencing {
 /// The project record of a scene: its maps in depth-first order with their beacons and zones, the
 /// regions to look for, the graph of all walkable paths, and the points of interest: the nodes of
 /// the graph first, then the beacons and the zones of each map. `MapIndex` counts the maps of the
-/// record; -1 is none of them. The first map is shown, every other one hidden.
+/// record; -1 is none of them. The first map is shown, every other one hidden. The record keeps the
+/// scene.
 ///
 /// Takes time in proportion to the scene. Main thread; what it returns may be read on others.
 /// Raises `EConvertError` for a description list that cannot be read.

@@ -15,8 +15,7 @@ namespace {
 /// Gives the first scene that is made while this object lives its bundle.
 class TSceneWatch final : public TObject {
  public:
-  TSceneWatch(TRef<Canvas::IBundle> ABundle, const TPrepareScene& APrepare)
-      : FBundle(std::move(ABundle)), FPrepare(APrepare) {
+  explicit TSceneWatch(TRef<Canvas::IBundle> ABundle) : FBundle(std::move(ABundle)) {
     Scene::TSceneRegistry::Connect(Bind<&TSceneWatch::Created>(this));
   }
   ~TSceneWatch() override { Scene::TSceneRegistry::Disconnect(this); }
@@ -27,23 +26,20 @@ class TSceneWatch final : public TObject {
     if (!NewScene || FIsPrepared) return;
     FIsPrepared = true;
     NewScene->SetBundle(FBundle);
-    if (FPrepare) FPrepare(*NewScene);
   }
 
   TRef<Canvas::IBundle> FBundle;
-  const TPrepareScene& FPrepare;
   bool FIsPrepared = false;
 };
 
 }  // namespace
 
 TRef<Scene::TScene> ReadSceneOf(const TRef<Canvas::IBundle>& ABundle,
-                                const std::string& AFileName,
-                                const TPrepareScene& APrepare) {
+                                const std::string& AFileName) {
   const std::string Entry(Scene::Beacons::SceneEntry);
   const std::string Text = ABundle->GetStringForKey(Entry);
   if (Text.empty()) throw EGeneralError(fmt::format(Messages::SNoScene, AFileName));
-  const TSceneWatch Watch(ABundle, APrepare);
+  const TSceneWatch Watch(ABundle);
   const std::array<TCreator, 1> Creators{&Scene::Beacons::GetDefaultClassLoader};
   TRef<TInterfacedObject> Object;
   TRef<IInterface> Ignored;

@@ -13,16 +13,6 @@
 namespace System::Beacon::Fencing::Scene {
 namespace {
 
-/// How many pixels of two drawings differ. Edges that are cut by a clip are smoothed a little
-/// differently.
-int CountDifferent(const TDrawing& A, const TDrawing& B) {
-  constexpr int Allowed = 16;
-  int Result = 0;
-  for (std::size_t I = 0; I < A.GetPixels().size(); ++I)
-    Result += Difference(A.GetPixels()[I], B.GetPixels()[I]) > Allowed ? 1 : 0;
-  return Result;
-}
-
 TEST(SceneHost, PicturesOfPartsAddUpToTheWholePicture) {
   for (const float Scale : {1.0F, 1.5F}) {
     TWindowScene Scene;

@@ -27,6 +27,16 @@ inline int Difference(std::uint32_t A, std::uint32_t B) {
   return Result;
 }
 
+/// How many pixels of two drawings differ. Edges that are cut by a clip are smoothed a little
+/// differently.
+inline int CountDifferent(const TDrawing& A, const TDrawing& B) {
+  constexpr int Allowed = 16;
+  int Result = 0;
+  for (std::size_t I = 0; I < A.GetPixels().size(); ++I)
+    Result += Difference(A.GetPixels()[I], B.GetPixels()[I]) > Allowed ? 1 : 0;
+  return Result;
+}
+
 /// Expects a drawing to look like tests/pictures/NAME.png. Edges may be smoothed a little
 /// differently, and a few pixels may be off. What was drawn is kept when it does not.
 inline void ExpectPicture(const TRef<TPicture>& ADrawing, const std::string& AName) {
