@@ -1,4 +1,5 @@
-// The zone component and the collections that describe its zones.
+// The two components: the map component (map_fencing.h), the zone component and the collections
+// that describe its zones.
 #pragma once
 
 #include <array>
@@ -12,6 +13,8 @@
 #include <vector>
 
 #include "fencing/System.Beacon.Fencing.Types.h"
+#include "fencing/map_fencing.h"
+#include "fencing/run_switch.h"
 #include "fencing/zone_guard.h"
 #include "platform/beacons/System.Beacon.h"
 #include "platform/beacons/identity.h"
@@ -453,17 +456,16 @@ class TCustomBeaconZonesFencing : public TComponent {
     TRef<IBeacon> Beacon;
     TZoneMatch Match;
   };
-  enum class TPending : std::uint8_t { Nothing, Stop, Restart };
 
   bool MayAct() const noexcept;
-  bool IsBusy() const noexcept;
-  void Halt();
+  void BeginScanning();
+  void AskToEnd();
   void WaitForEnd();
-  void DoPending();
-  void HandlerReturned();
 
   template <class TSignature, class TCall>
-  bool Deliver(TEventSlot<TSignature>& ASlot, const TCall& ACall);
+  bool Tell(TEventSlot<TSignature>& ASlot, const TCall& ACall) {
+    return Deliver(FSwitch.GetGate(), ASlot, ACall);
+  }
   template <class TSignature, class... TArguments>
   bool DeliverItem(TEventSlot<TSignature>& ASlot,
                    const TRef<IBeacon>& ABeacon,
@@ -506,9 +508,7 @@ class TCustomBeaconZonesFencing : public TComponent {
       FOnBeaconEddyTLM;
 
   TRef<IAdvertisementSource> FSource;
-  THandOffGate FGate;
-  TPending FPending = TPending::Nothing;  // main thread; something only while busy
-  bool FIsStopping = false;               // main thread
+  TRunSwitch FSwitch;
 
   mutable std::mutex FStateLock;  // guards FCurrentZone, FCurrentBeaconList
   TZoneLink FCurrentZone;

@@ -65,19 +65,22 @@ TCustomBeaconZonesFencing::TCustomBeaconZonesFencing(TComponent* AOwner)
       FBeaconManagerOptions(std::make_unique<TBeaconManagerOptions>()),
       FZones(std::make_unique<TBeaconZones>(this)),
       FManufacturerID(NoManufacturer),
-      FBaseEddyNamespace(TEddystoneUID().GetNamespace()) {
+      FBaseEddyNamespace(TEddystoneUID().GetNamespace()),
+      FSwitch({.Begin = [this] { BeginScanning(); },
+               .AskToEnd = [this] { AskToEnd(); },
+               .WaitForEnd = [this] { WaitForEnd(); },
+               .StartFailed = [this] { FEnabled.store(false); }}) {
   TBluetoothLEManager::GetCurrentManager().GetIsSupported();
   FZones->SetBaseManufacturerID(NoManufacturer);
-  FGate.SetAfterHandler([this] { HandlerReturned(); });
 }
 
 TCustomBeaconZonesFencing::~TCustomBeaconZonesFencing() {
-  if (IsBusy())
+  if (FSwitch.IsBusy())
     FatalError(
         "a zone component was destroyed inside one of its own event handlers; "
         "destroy it after the handler has returned");
   FEnabled.store(false);
-  Halt();
+  FSwitch.Stop();
 }
 
 void TCustomBeaconZonesFencing::Loaded() {
@@ -159,64 +162,30 @@ TScanStatistics TCustomBeaconZonesFencing::GetScanStatistics() const {
 // ---------------------------------------------------------------- start and stop
 
 void TCustomBeaconZonesFencing::StartFencingScanning() {
-  Halt();
-  if (IsBusy()) {
-    FPending = TPending::Restart;
-    return;
-  }
-  // A hand-off that was served while the old scan ended may have stopped the component again.
-  if (std::exchange(FPending, TPending::Nothing) == TPending::Stop) return;
-  try {
-    CheckBeaconManager();
-    if (FSource) FBeaconManager->SetSource(FSource);
-    RegisterZones();
-    FGate.Open();
-    FBeaconManager->StartScan();
-  } catch (...) {
-    FEnabled.store(false);
-    Halt();
-    throw;
-  }
+  FSwitch.Start();
 }
 
 void TCustomBeaconZonesFencing::StopScanning() {
-  Halt();
-  if (!IsBusy()) DoPending();
+  FSwitch.Stop();
 }
 
-bool TCustomBeaconZonesFencing::IsBusy() const noexcept {
-  return FIsStopping || FGate.IsInHandler();
+void TCustomBeaconZonesFencing::BeginScanning() {
+  CheckBeaconManager();
+  if (FSource) FBeaconManager->SetSource(FSource);
+  RegisterZones();
+  FBeaconManager->StartScan();
 }
 
-/// Ends scanning. Inside a handler, for which the reporting thread waits, and inside a hand-off
-/// that is served while scanning ends, it only asks for the end.
-void TCustomBeaconZonesFencing::Halt() {
-  FGate.Close();
-  if (!FBeaconManager) return;
+void TCustomBeaconZonesFencing::AskToEnd() {
   DisconnectBeaconManagerEvents();
-  if (IsBusy()) {
-    FBeaconManager->StopScanLater();
-    FPending = TPending::Stop;
-  } else {
-    WaitForEnd();
-  }
+  if (FBeaconManager) FBeaconManager->StopScanLater();
   UnRegisterZones();
 }
 
 void TCustomBeaconZonesFencing::WaitForEnd() {
-  FIsStopping = true;
+  DisconnectBeaconManagerEvents();
   if (FBeaconManager) FBeaconManager->StopScan();
-  FIsStopping = false;
-}
-
-void TCustomBeaconZonesFencing::DoPending() {
-  if (std::exchange(FPending, TPending::Nothing) == TPending::Restart) StartFencingScanning();
-}
-
-void TCustomBeaconZonesFencing::HandlerReturned() {
-  if (FPending == TPending::Nothing || FIsStopping) return;
-  WaitForEnd();
-  DoPending();
+  UnRegisterZones();
 }
 
 void TCustomBeaconZonesFencing::CheckBeaconManager() {

@@ -1,5 +1,4 @@
 // From sightings to zone events: the part of the zone component that runs on the reporting thread.
-#include <functional>
 #include <limits>
 #include <utility>
 
@@ -18,26 +17,12 @@ double ComparableDistance(const IBeacon& ABeacon) {
 
 // ---------------------------------------------------------------- delivery
 
-/// Calls a handler on the main thread and waits for it. False when the component was stopped first:
-/// nothing more is to be delivered. A slot without a handler costs one test.
-template <class TSignature, class TCall>
-bool TCustomBeaconZonesFencing::Deliver(TEventSlot<TSignature>& ASlot, const TCall& ACall) {
-  if (!ASlot.IsAssigned()) return FGate.IsOpen();
-  const auto Body = [&] {
-    // A copy, since the handler may be replaced while it runs.
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
-    const TMethod<TSignature> Handler = ASlot.Get();
-    ACall(Handler);
-  };
-  return TThread::Synchronize(FGate, std::cref(Body));
-}
-
 template <class TSignature, class... TArguments>
 bool TCustomBeaconZonesFencing::DeliverItem(TEventSlot<TSignature>& ASlot,
                                             const TRef<IBeacon>& ABeacon,
                                             const TZoneMatch& AMatch,
                                             TArguments&... AArguments) {
-  return Deliver(ASlot, [&](const TMethod<TSignature>& AHandler) {
+  return Tell(ASlot, [&](const TMethod<TSignature>& AHandler) {
     TBeaconZoneItem* const Zone = AMatch.Zone->Get();
     TBeaconItem* const Item = AMatch.Item->Get();
     if (Zone && Item) AHandler(this, ABeacon, Zone, Item, AArguments...);
@@ -48,7 +33,7 @@ bool TCustomBeaconZonesFencing::DeliverZone(
     TEventSlot<void(TObject*, const TRef<IBeacon>&, TBeaconZoneItem*)>& ASlot,
     const TRef<IBeacon>& ABeacon,
     const TZoneLink& AZone) {
-  return Deliver(ASlot, [&](const TZoneEnterEvent& AHandler) {
+  return Tell(ASlot, [&](const TZoneEnterEvent& AHandler) {
     if (TBeaconZoneItem* const Zone = AZone->Get()) AHandler(this, ABeacon, Zone);
   });
 }
@@ -63,9 +48,8 @@ void TCustomBeaconZonesFencing::BeaconEnterEvent(TObject* ASender,
     DeliverItem(FOnZoneBeaconEnter, ABeacon, Match);
     BeaconProximityChangeEvent(ASender, ABeacon, ABeacon->GetProximity());
   }
-  Deliver(FOnBeaconEnter, [&](const TBeaconEnterExitEvent& AHandler) {
-    AHandler(this, ABeacon, ACurrentBeaconList);
-  });
+  Tell(FOnBeaconEnter,
+       [&](const TBeaconEnterExitEvent& AHandler) { AHandler(this, ABeacon, ACurrentBeaconList); });
 }
 
 void TCustomBeaconZonesFencing::BeaconExitEvent(TObject* ASender,
@@ -76,9 +60,8 @@ void TCustomBeaconZonesFencing::BeaconExitEvent(TObject* ASender,
     BeaconProximityChangeEvent(ASender, ABeacon, TBeaconProximity::Away);
     DeliverItem(FOnZoneBeaconExit, ABeacon, Match);
   }
-  Deliver(FOnBeaconExit, [&](const TBeaconEnterExitEvent& AHandler) {
-    AHandler(this, ABeacon, ACurrentBeaconList);
-  });
+  Tell(FOnBeaconExit,
+       [&](const TBeaconEnterExitEvent& AHandler) { AHandler(this, ABeacon, ACurrentBeaconList); });
 }
 
 void TCustomBeaconZonesFencing::BeaconProximityChangeEvent(TObject*,
@@ -93,8 +76,8 @@ void TCustomBeaconZonesFencing::BeaconProximityChangeEvent(TObject*,
     else
       GoOutside(ABeacon, Match, Nearest);
   }
-  Deliver(FOnBeaconProximity,
-          [&](const TBeaconProximityEvent& AHandler) { AHandler(this, ABeacon, AProximity); });
+  Tell(FOnBeaconProximity,
+       [&](const TBeaconProximityEvent& AHandler) { AHandler(this, ABeacon, AProximity); });
 }
 
 void TCustomBeaconZonesFencing::BeaconEddystoneURLEvent(TObject*,

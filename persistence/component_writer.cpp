@@ -104,6 +104,25 @@ TJson WriteObject(TObject& AObject, TObject& ADefault) {
   return Result;
 }
 
+/// A component that is designed may show something else than it stores: not while it is written.
+class TWriting {
+ public:
+  explicit TWriting(TComponent& AComponent)
+      : FComponent(AComponent),
+        FIsDesigning(AComponent.GetComponentState().Contains(TComponentStateFlag::Designing)) {
+    if (FIsDesigning) FComponent.SetDesigning(false);
+  }
+  ~TWriting() {
+    if (FIsDesigning) FComponent.SetDesigning(true);
+  }
+  TWriting(const TWriting&) = delete;
+  TWriting& operator=(const TWriting&) = delete;
+
+ private:
+  TComponent& FComponent;
+  const bool FIsDesigning;
+};
+
 }  // namespace
 
 std::string WriteComponent(TComponent& AComponent) {
@@ -111,7 +130,8 @@ std::string WriteComponent(TComponent& AComponent) {
   if (!Class.CreateComponent)
     throw EFileError(fmt::format("a {} cannot be written to a file", Class.GetShortName()));
   const std::unique_ptr<TComponent> Default = Class.CreateComponent(nullptr);
-  Default->SetDesigning(true);
+  Default->BeginLoading();  // it stores what it is given, and does not act
+  const TWriting Writing(AComponent);
   const TJson Object = WriteObject(AComponent, *Default);
   return Object.dump(2, ' ', false, TJson::error_handler_t::replace) + "\n";
 }

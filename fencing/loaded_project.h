@@ -1,0 +1,104 @@
+// A project as the map component works on it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "fencing/System.Beacon.Fencing.Types.h"
+#include "platform/threads.h"
+#include "positioning/System.Beacon.Fencing.PositionCalculator.h"
+
+namespace System::Beacon::Fencing {
+
+class TCustomBeaconMapFencing;
+class TLoadedProject;
+
+/// Takes the estimates of one calculator. Lives as long as the project that it belongs to.
+class TEstimateReceiver final : public TObject {
+ public:
+  TEstimateReceiver(TCustomBeaconMapFencing& AOwner,
+                    TLoadedProject& AProject,
+                    std::int32_t AMapIndex)
+      : FOwner(AOwner), FProject(AProject), FMapIndex(AMapIndex) {}
+
+  /// On the calculator's thread; calculator units.
+  void Estimated(const TPointF& AEstimatedPoint, const TPointF& APointToPath);
+
+ private:
+  TCustomBeaconMapFencing& FOwner;
+  TLoadedProject& FProject;
+  const std::int32_t FMapIndex;
+};
+
+/// What estimates positions on one map. The calculator goes first.
+struct TMapCalculator {
+  std::unique_ptr<TEstimateReceiver> Receiver;
+  TPathSegments Segments;  ///< map units
+  std::unique_ptr<TPositionCalculator> Calculator;
+};
+
+/// The record of one project text, its calculators, and what the component has found out since it
+/// was loaded: with another text all of that goes. Made and freed on the main thread; the project
+/// is shared with the threads that work on it.
+class TLoadedProject : public std::enable_shared_from_this<TLoadedProject> {
+ public:
+  using TZones = TArray<TRef<IDesignZone>>;
+
+  TLoadedProject(TFencingProject AProject, std::string AText)
+      : Project(std::move(AProject)), Text(std::move(AText)) {}
+
+  /// The current map of the project; nothing without one.
+  TFencingMap* GetCurrentMap();
+  /// The calculator of a map; nothing while there is none.
+  TMapCalculator* GetCalculator(std::int32_t AMapIndex);
+  TMapCalculator* GetCurrentCalculator() { return GetCalculator(Project.CurrentMapIndex); }
+  /// Takes the handlers off all calculators: no estimate is handled any more. Main thread.
+  void Disconnect();
+
+  // Positions, calculator units. Any thread.
+  void SetLastPoints(TPointF APoint, TPointF APathPoint);
+  TPointF GetLastPoint() const;
+  TPointF GetLastPathPoint() const;
+  void SetLastCalculatedPosition(TPointF AValue);
+  TPointF GetLastCalculatedPosition() const;
+
+  // The zones that the application was told of. Any thread.
+  TZones GetLastZones() const;
+  void SetLastZones(TZones AValue);
+
+  // The route that is shown, by the index of its point of interest. Any thread.
+  std::optional<std::int32_t> GetRoute() const;
+  void SetRoute(std::optional<std::int32_t> AValue);
+  /// Takes the route away when it is still that one: one arrival tells of it.
+  bool TakeRoute(std::int32_t AValue);
+
+  TFencingProject Project;  ///< what the runtime map works on, but for the current map: see there
+  const std::string Text;
+  /// One for each map; written before the threads run.
+  std::vector<TMapCalculator> Calculators;
+  /// Which of them is at work. Timer thread.
+  std::int32_t CalculatorAtWork = -1;
+
+  // Guarded by the component's lock of map changes.
+  std::int32_t ChangeMapAttempts = 0;
+  std::int32_t LastNearestMap = 0;
+
+ private:
+  template <class T>
+  T Read(T TLoadedProject::*AField) const {
+    const std::lock_guard Guard(FLock);
+    return this->*AField;
+  }
+
+  mutable std::mutex FLock;  // guards what follows
+  TPointF FLastPoint, FLastPathPoint, FLastCalculatedPosition;
+  TZones FLastZones;
+  std::optional<std::int32_t> FRoute;
+};
+
+}  // namespace System::Beacon::Fencing
