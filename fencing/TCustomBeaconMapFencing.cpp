@@ -4,8 +4,8 @@
 
 #include <utility>
 
-#include "fencing/loaded_project.h"
 #include "fencing/messages.h"
+#include "fencing/tracked_project.h"
 #include "platform/errors.h"
 
 namespace System::Beacon::Fencing {
@@ -96,7 +96,7 @@ TCustomBeaconMapFencing::TCustomBeaconMapFencing(TComponent* AOwner)
       FBeaconManagerOptions(std::make_unique<TBeaconManagerOptions>()),
       FFencingOptions(std::make_unique<TFencingOptions>()),
       FRuntimeMap(MakeRuntimeMap()),
-      FLoaded(std::make_shared<TLoadedProject>(TFencingProject(), std::string())),
+      FLoaded(std::make_shared<TTrackedProject>(TFencingProject(), std::string())),
       FSwitch({.Begin = [this] { BeginProcess(); },
                .AskToEnd = [this] { AskToEnd(); },
                .WaitForEnd = [this] { WaitForEnd(); },

@@ -21,7 +21,7 @@
 namespace System::Beacon::Fencing {
 
 class TEstimateReceiver;
-class TLoadedProject;
+class TTrackedProject;
 struct TMapCalculator;
 
 /// Tells where the device is on the maps of a project: positions, zones, floor changes, beacons,
@@ -254,7 +254,7 @@ class TCustomBeaconMapFencing : public TComponent {
 
  private:
   friend class TEstimateReceiver;
-  using TLoadedRef = std::shared_ptr<TLoadedProject>;
+  using TLoadedRef = std::shared_ptr<TTrackedProject>;
   using TFilterOptionsRef = std::shared_ptr<const TParticleFilterOptions>;
   using TZones = TArray<TRef<IDesignZone>>;
   struct TDisplayChange;
@@ -277,12 +277,12 @@ class TCustomBeaconMapFencing : public TComponent {
   void PutPaintOn();
   void TakePaintOff();
 
-  void TakeEstimateOf(TLoadedProject& AProject,
+  void TakeEstimateOf(TTrackedProject& AProject,
                       std::int32_t AMapIndex,
                       const TPointF& AEstimatedPoint,
                       const TPointF& APointToPath);
   void TakeEstimate(const TLoadedRef& ALoaded, TPointF AEstimatedPoint, TPointF APointToPath);
-  void FollowRoute(TLoadedProject& ALoaded, TDisplayChange& AChange);
+  void FollowRoute(TTrackedProject& ALoaded, TDisplayChange& AChange);
   void Show(const TLoadedRef& ALoaded, const TDisplayChange& AChange);
   void CheckZones(const TLoadedRef& ALoaded, TPointF APoint);
   bool CalcPosition(const TLoadedRef& ALoaded,

@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "fencing/loaded_project.h"
 #include "fencing/map_fencing.h"
+#include "fencing/tracked_project.h"
 #include "platform/time.h"
 
 namespace System::Beacon::Fencing {
@@ -125,7 +125,7 @@ struct TCustomBeaconMapFencing::TDisplayChange {
   bool HasArrived = false;
 };
 
-void TCustomBeaconMapFencing::TakeEstimateOf(TLoadedProject& AProject,
+void TCustomBeaconMapFencing::TakeEstimateOf(TTrackedProject& AProject,
                                              std::int32_t AMapIndex,
                                              const TPointF& AEstimatedPoint,
                                              const TPointF& APointToPath) {
@@ -154,7 +154,7 @@ void TCustomBeaconMapFencing::TakeEstimate(const TLoadedRef& ALoaded,
   ALoaded->SetLastCalculatedPosition(AEstimatedPoint);
 }
 
-void TCustomBeaconMapFencing::FollowRoute(TLoadedProject& ALoaded, TDisplayChange& AChange) {
+void TCustomBeaconMapFencing::FollowRoute(TTrackedProject& ALoaded, TDisplayChange& AChange) {
   const std::optional<std::int32_t> Route = ALoaded.GetRoute();
   if (!Route) return;
   AChange.IsOffRoute = !ALoaded.Project.IsPointInLastRoute(AChange.Path);

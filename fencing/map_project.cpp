@@ -2,8 +2,8 @@
 #include <filesystem>
 #include <utility>
 
-#include "fencing/loaded_project.h"
 #include "fencing/map_fencing.h"
+#include "fencing/tracked_project.h"
 #include "platform/files.h"
 
 namespace System::Beacon::Fencing {
@@ -57,10 +57,10 @@ bool TCustomBeaconMapFencing::HandOver(const std::string& AText) {
   try {
     TFencingProject Project = FRuntimeMap->GetProjectInformation();
     if (Loaded->Text == AText && Project.Maps.IsSameAs(Loaded->Project.Maps)) return false;
-    Publish(std::make_shared<TLoadedProject>(std::move(Project), AText));
+    Publish(std::make_shared<TTrackedProject>(std::move(Project), AText));
   } catch (...) {
     FRuntimeMap->SetXmlData(Old);
-    Publish(std::make_shared<TLoadedProject>(FRuntimeMap->GetProjectInformation(), Old));
+    Publish(std::make_shared<TTrackedProject>(FRuntimeMap->GetProjectInformation(), Old));
     throw;
   }
   return true;

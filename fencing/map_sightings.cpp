@@ -1,8 +1,8 @@
 // From sightings to the events of the map component: what runs on the reporting thread.
 #include <limits>
 
-#include "fencing/loaded_project.h"
 #include "fencing/map_fencing.h"
+#include "fencing/tracked_project.h"
 
 namespace System::Beacon::Fencing {
 namespace {

@@ -16,13 +16,13 @@
 namespace System::Beacon::Fencing {
 
 class TCustomBeaconMapFencing;
-class TLoadedProject;
+class TTrackedProject;
 
 /// Takes the estimates of one calculator. Lives as long as the project that it belongs to.
 class TEstimateReceiver final : public TObject {
  public:
   TEstimateReceiver(TCustomBeaconMapFencing& AOwner,
-                    TLoadedProject& AProject,
+                    TTrackedProject& AProject,
                     std::int32_t AMapIndex)
       : FOwner(AOwner), FProject(AProject), FMapIndex(AMapIndex) {}
 
@@ -31,7 +31,7 @@ class TEstimateReceiver final : public TObject {
 
  private:
   TCustomBeaconMapFencing& FOwner;
-  TLoadedProject& FProject;
+  TTrackedProject& FProject;
   const std::int32_t FMapIndex;
 };
 
@@ -45,11 +45,11 @@ struct TMapCalculator {
 /// The record of one project text, its calculators, and what the component has found out since it
 /// was loaded: with another text all of that goes. Made and freed on the main thread; the project
 /// is shared with the threads that work on it.
-class TLoadedProject : public std::enable_shared_from_this<TLoadedProject> {
+class TTrackedProject : public std::enable_shared_from_this<TTrackedProject> {
  public:
   using TZones = TArray<TRef<IDesignZone>>;
 
-  TLoadedProject(TFencingProject AProject, std::string AText)
+  TTrackedProject(TFencingProject AProject, std::string AText)
       : Project(std::move(AProject)), Text(std::move(AText)) {}
 
   /// The current map of the project; nothing without one.
@@ -90,7 +90,7 @@ class TLoadedProject : public std::enable_shared_from_this<TLoadedProject> {
 
  private:
   template <class T>
-  T Read(T TLoadedProject::*AField) const {
+  T Read(T TTrackedProject::*AField) const {
     const std::lock_guard Guard(FLock);
     return this->*AField;
   }
