@@ -19,7 +19,8 @@ inline constexpr int ExitUsage = 2;
 struct TSourceArguments {
   std::string Source = "bluez";
   double Speed = 0.0;      ///< of a recording: 0 as fast as possible, 1 real time
-  std::uint64_t Seed = 1;  ///< of the simulated runtime
+  std::uint64_t Seed = 1;  ///< of the simulated runtime, and of a simulated walk
+  std::string Project;     ///< in which simulated walks are taken; empty: there are none
 };
 
 struct TZonesArguments {
@@ -28,6 +29,20 @@ struct TZonesArguments {
   bool OnlyRegions = false;
 };
 int RunZones(const TZonesArguments& AArguments);
+
+struct TMapArguments {
+  std::string Project;
+  TSourceArguments From;
+  std::string ComponentFile;   ///< empty: none
+  std::string Route;           ///< a point of interest; empty: none
+  std::string FrameDirectory;  ///< empty: no pictures
+  double FrameInterval = 1.0;  ///< seconds between two pictures
+  std::pair<int, int> FrameSize{1280, 800};
+  std::string RunFile;    ///< empty: none
+  std::string TruthFile;  ///< for the run file
+  bool Window = false;
+};
+int RunMap(const TMapArguments& AArguments);
 
 struct TScanArguments {
   TSourceArguments From;

@@ -7,27 +7,14 @@
 #include <string>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/map_command_line.h"
 #include "apps/wayfence/project_commands.h"
+#include "apps/wayfence/source_command_line.h"
 #include "platform/errors.h"
 
 namespace {
 
 using namespace Wayfence;
-
-constexpr const char* SourceHelp =
-    "Where advertisements come from: btsnoop:FILE, pcap:FILE, log:FILE, just FILE (told by its "
-    "first bytes), bluez or bluez:hci1 (a live radio)";
-
-void AddSource(CLI::App& ACommand, TSourceArguments& AFrom, bool AHasSpeed = true) {
-  ACommand.add_option("-s,--source", AFrom.Source, SourceHelp)->capture_default_str();
-  if (AHasSpeed)
-    ACommand
-        .add_option("--speed",
-                    AFrom.Speed,
-                    "How fast a recording runs: 0 as fast as it can, 1 in real time")
-        ->check(CLI::IsMember({"0", "1"}))
-        ->capture_default_str();
-}
 
 void AddSeconds(CLI::App& ACommand, double& ASeconds) {
   ACommand
@@ -194,6 +181,7 @@ int main(int ACount, char** AValues) {
   AddEvaluate(Program, Evaluate)->final_callback([&] {
     Command = [&] { return RunEvaluate(Evaluate); };
   });
+  AddMap(Program, Command);
   AddProjectCommands(Program, Command);
   try {
     Program.parse(ACount, AValues);

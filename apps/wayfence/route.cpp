@@ -5,6 +5,7 @@
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/json_line.h"
+#include "apps/wayfence/map_session.h"
 #include "apps/wayfence/project_file.h"
 #include "platform/errors.h"
 #include "runtimepaint/project_extraction.h"
@@ -15,15 +16,6 @@ using namespace System;
 using namespace System::Beacon::Fencing;
 
 namespace {
-
-/// The index of the point of interest of a name.
-std::int32_t IndexOfPoi(const TFencingProject& AProject, const std::string& AName) {
-  const auto& Pois = AProject.PoiList.PoiList;
-  for (std::size_t I = 0; I < Pois.GetLength(); ++I)
-    if (Pois[I].Name == AName) return static_cast<std::int32_t>(I);
-  throw EGeneralError(fmt::format(
-      "there is no point of interest '{}'; 'wayfence inspect' lists them under \"pois\"", AName));
-}
 
 void RequirePath(const TFencingProject& AProject, std::int32_t AMap) {
   for (const TPathNodeInfo& Info : AProject.GlobalPath)

@@ -4,9 +4,9 @@
 
 #include "apps/wayfence/beacon_fields.h"
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/component_loading.h"
 #include "apps/wayfence/source.h"
 #include "fencing/System.Beacon.Fencing.h"
-#include "persistence/component_file.h"
 
 namespace Wayfence {
 
@@ -111,14 +111,6 @@ class TZonePrinter {
 
   const TWatchedSource& FSource;
 };
-
-/// Reads the component without starting it.
-void LoadStopped(TBeaconZonesFencing& AComponent, const std::string& AFileName) {
-  AComponent.SetDesigning(true);
-  LoadComponentFile(AComponent, AFileName);
-  AComponent.SetEnabled(false);
-  AComponent.SetDesigning(false);
-}
 
 void PrintStarted(const TBeaconZonesFencing& AComponent) {
   std::string Regions;

@@ -1,0 +1,122 @@
+// wayfence map: the map component on a source.
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "apps/wayfence/commands.h"
+#include "apps/wayfence/map_events.h"
+#include "apps/wayfence/map_session.h"
+#include "platform/controls/offscreen_control.h"
+
+namespace Wayfence {
+
+using namespace System;
+using namespace System::Beacon;
+using namespace System::Beacon::Fencing;
+
+namespace {
+
+/// Draws the live map into numbered pictures, once in an interval.
+class TFrames {
+ public:
+  TFrames(TBeaconMapFencing& AComponent, const TMapArguments& AArguments)
+      : FComponent(AComponent),
+        FDirectory(AArguments.FrameDirectory),
+        FInterval(AArguments.FrameInterval),
+        FControl(static_cast<float>(AArguments.FrameSize.first),
+                 static_cast<float>(AArguments.FrameSize.second)) {
+    std::filesystem::create_directories(FDirectory);
+    FComponent.SetPaintControl(&FControl);
+  }
+  ~TFrames() { FComponent.SetPaintControl(nullptr); }
+  TFrames(const TFrames&) = delete;
+  TFrames& operator=(const TFrames&) = delete;
+
+  void Draw(double ASeconds) {
+    if (ASeconds < FNext) return;
+    FNext = ASeconds + FInterval;
+    FControl.SavePicture((FDirectory / fmt::format("frame-{:06.1f}.png", ASeconds)).string());
+    ++FCount;
+  }
+  int GetCount() const noexcept { return FCount; }
+
+ private:
+  TBeaconMapFencing& FComponent;
+  const std::filesystem::path FDirectory;
+  const double FInterval;
+  TOffscreenControl FControl;
+  double FNext = 0.0;
+  int FCount = 0;
+};
+
+/// Shows the way to a point of interest from the first position on.
+class TRouting {
+ public:
+  TRouting(TBeaconMapFencing& AComponent, const std::string& AName)
+      : FComponent(AComponent), FName(AName) {
+    if (!AName.empty()) FPoi = IndexOfPoi(AComponent.GetProjectInformation(), AName);
+  }
+
+  void Begin() {
+    if (!FPoi) return;
+    if (!FComponent.ShowPathToNodeIndex(*FPoi))
+      std::fprintf(stderr, "wayfence: no path leads to '%s'\n", FName.c_str());
+    FPoi.reset();
+  }
+
+ private:
+  TBeaconMapFencing& FComponent;
+  const std::string FName;
+  std::optional<std::int32_t> FPoi;  // until the route is shown
+};
+
+TJsonLine StartedLine(const TMapArguments& AArguments, const TFencingProject& AProject) {
+  TJsonLine Result(0.0, "Started");
+  Result.Text("project", AProject.ProjectName);
+  Result.Text("source", AArguments.From.Source);
+  return Result;
+}
+
+TJsonLine FinishedLine(const TBeaconMapFencing& AComponent, double ASeconds) {
+  const TScanStatistics Counts = AComponent.GetScanStatistics();
+  TJsonLine Result(ASeconds, "Finished");
+  Result.Number("advertisements", static_cast<std::int64_t>(Counts.Advertisements))
+      .Number("sightings", static_cast<std::int64_t>(Counts.Sightings))
+      .Number("malformed", static_cast<std::int64_t>(Counts.Malformed));
+  return Result;
+}
+
+}  // namespace
+
+int RunMap(const TMapArguments& AArguments) {
+  TMapSession Session(AArguments.From, AArguments.Project, AArguments.ComponentFile);
+  TBeaconMapFencing& Component = Session.Component;
+  TWatchedSource& Source = *Session.Run.Source;
+  TRouting Routing(Component, AArguments.Route);
+  std::optional<TFrames> Frames;
+  if (!AArguments.FrameDirectory.empty()) Frames.emplace(Component, AArguments);
+  const auto Print = [](const TJsonLine& ALine) { ALine.Print(); };
+  TMapEvents Events(
+      Component, [&Source] { return Source.GetSeconds(); }, Print);
+  Events.OnPosition = [&] {
+    Routing.Begin();
+    if (Frames) Frames->Draw(Source.GetSeconds());
+  };
+
+  if (Source.IsLive()) std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+  Print(StartedLine(AArguments, Component.GetProjectInformation()));
+  Component.SetEnabled(true);
+  WaitForEnd(Session.Run);
+  const double Seconds = Source.GetSeconds();
+  Component.SetEnabled(false);
+  Events.TellMapChange();
+  Print(FinishedLine(Component, Seconds));
+  Source.ReportProblems();
+  Source.RaiseError();
+  return ExitDone;
+}
+
+}  // namespace Wayfence

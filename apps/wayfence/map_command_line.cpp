@@ -1,0 +1,80 @@
+// The command line of wayfence map.
+#include "apps/wayfence/map_command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <memory>
+#include <string>
+
+#include "apps/wayfence/commands.h"
+#include "apps/wayfence/source_command_line.h"
+
+namespace Wayfence {
+namespace {
+
+/// "WIDTHxHEIGHT" in pixels.
+std::pair<int, int> ReadPixels(const std::string& AText) {
+  constexpr int MaxPixels = 8192;
+  std::pair<int, int> Result;
+  const char* const End = AText.data() + AText.size();
+  const auto Width = std::from_chars(AText.data(), End, Result.first);
+  const bool HasHeight = Width.ec == std::errc() && Width.ptr != End && *Width.ptr == 'x';
+  const auto Height = std::from_chars(HasHeight ? Width.ptr + 1 : End, End, Result.second);
+  const auto IsSize = [](int AValue) { return AValue > 0 && AValue <= MaxPixels; };
+  if (Height.ec != std::errc() || Height.ptr != End || !IsSize(Result.first) ||
+      !IsSize(Result.second))
+    throw CLI::ValidationError("--size", "'" + AText + "' is not WIDTHxHEIGHT in pixels");
+  return Result;
+}
+
+void AddPictures(CLI::App& ACommand, const std::shared_ptr<TMapArguments>& AArguments) {
+  ACommand.add_option("--frames", AArguments->FrameDirectory, "Draw the live map into this folder");
+  ACommand.add_option("--every", AArguments->FrameInterval, "Seconds between two pictures")
+      ->check(CLI::Range(0.0, 1e6))
+      ->capture_default_str();
+  ACommand.add_option_function<std::string>(
+      "--size",
+      [AArguments](const std::string& AText) { AArguments->FrameSize = ReadPixels(AText); },
+      "Their size, WIDTHxHEIGHT in pixels; by default 1280x800");
+  ACommand.add_flag("--window", AArguments->Window, "Show the live map in a window");
+}
+
+}  // namespace
+
+void AddMap(CLI::App& AProgram, std::function<int()>& AChosen) {
+  const auto Arguments = std::make_shared<TMapArguments>();
+  CLI::App& Command = *AProgram.add_subcommand(
+      "map", "Tells where the device is on the maps of a project: one JSON object per event");
+  Command.final_callback(
+      [&AChosen, Arguments] { AChosen = [Arguments] { return RunMap(*Arguments); }; });
+  Command
+      .add_option("PROJECT",
+                  Arguments->Project,
+                  "The project: a bundle (XML, .zip or a directory), or the XML of its scene alone")
+      ->required();
+  AddSource(Command, Arguments->From);
+  Command.add_option("--seed", Arguments->From.Seed, "Fixes every random number of the run")
+      ->capture_default_str();
+  Command.add_option("--component",
+                     Arguments->ComponentFile,
+                     "A component file with further properties: filter, beacon service, display");
+  Command.add_option("--route",
+                     Arguments->Route,
+                     "Show the way to this point of interest, and tell of the arrival");
+  AddPictures(Command, Arguments);
+  Command.add_option("--run", Arguments->RunFile, "Write what happens for 'wayfence report'");
+  Command
+      .add_option("--truth",
+                  Arguments->TruthFile,
+                  "The true positions, for the run file: columns t (seconds), x, y (metres), map")
+      ->needs("--run");
+  Command.footer(
+      "Positions are in map units, times in seconds since the first advertisement.\n"
+      "Example:\n"
+      "  wayfence project new office.xml\n"
+      "  wayfence map office.xml --source simulate:office.walk.json --route 'Coffee machine'\n"
+      "  {\"time\": 3.500, \"event\": \"Position\", \"map\": 0, \"x\": 1.302, ...}\n"
+      "  {\"time\": 3.500, \"event\": \"ZoneEnter\", \"zone\": \"Lobby\", \"map\": 0}");
+}
+
+}  // namespace Wayfence

@@ -1,0 +1,51 @@
+#include "apps/wayfence/map_session.h"
+
+#include <fmt/format.h>
+
+#include "apps/wayfence/component_loading.h"
+#include "apps/wayfence/project_file.h"
+#include "platform/errors.h"
+
+namespace Wayfence {
+
+using namespace System;
+using namespace System::Beacon::Fencing;
+
+namespace {
+
+TSourceArguments WithProject(TSourceArguments AFrom, const std::string& AProject) {
+  AFrom.Project = AProject;
+  return AFrom;
+}
+
+}  // namespace
+
+TMapSession::TMapSession(const TSourceArguments& AFrom,
+                         const std::string& AProject,
+                         const std::string& AComponentFile)
+    : Run(OpenRun(WithProject(AFrom, AProject))) {
+  const TProjectFile Project = OpenProject(AProject);  // tells faults by the name of the file
+  if (!AComponentFile.empty()) LoadStopped(Component, AComponentFile);
+  if (Component.GetMapOptions().IsEmpty())
+    Component.SetMapOptions({TFencingMapOption::ColorBeacon,
+                             TFencingMapOption::HighlightZones,
+                             TFencingMapOption::ShowPosition,
+                             TFencingMapOption::ShowPositionInPath,
+                             TFencingMapOption::ShowBeacons,
+                             TFencingMapOption::ShowZones,
+                             TFencingMapOption::ShowPaths});
+  Component.SetXMLMap(Project.Bundle->SerializeToXML());
+  if (Component.GetProjectInformation().Maps.IsEmpty())
+    throw EGeneralError(fmt::format("{}: the project has no map", AProject));
+  Component.SetSource(Run.Source);
+}
+
+std::int32_t IndexOfPoi(const TFencingProject& AProject, const std::string& AName) {
+  const auto& Pois = AProject.PoiList.PoiList;
+  for (std::size_t I = 0; I < Pois.GetLength(); ++I)
+    if (Pois[I].Name == AName) return static_cast<std::int32_t>(I);
+  throw EGeneralError(fmt::format(
+      "there is no point of interest '{}'; 'wayfence inspect' lists them under \"pois\"", AName));
+}
+
+}  // namespace Wayfence
