@@ -7,7 +7,6 @@
 #include <sstream>
 #include <string>
 
-#include "persistence/System.Beacon.Fencing.RttiUtils.h"
 #include "persistence/System.Beacon.Fencing.Serializer.h"
 #include "scene/System.Beacon.Fencing.Scene.Shapes.h"
 
@@ -18,9 +17,6 @@ using namespace System::Beacon::Fencing;
 
 /// A scene of a layer of so many rectangles.
 TRef<Scene::TScene> MakeScene(std::int64_t ACount) {
-  for (const TClassInfo* Class :
-       {&Scene::TScene::ClassInfo(), &Scene::TLayer::ClassInfo(), &Scene::TRectangle::ClassInfo()})
-    GetSharedRttiContext().Register(*Class);
   const TRef<Scene::TScene> Result = New<Scene::TScene>();
   const TRef<Scene::TLayer> Layer = New<Scene::TLayer>();
   for (std::int64_t I = 0; I < ACount; ++I) {

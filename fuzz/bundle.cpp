@@ -1,12 +1,10 @@
-// Bundles: a text is read whole or not at all, and written and read again; and so is a table of
-// ids. The first byte tells which of them the input is.
+// Bundles as text: read whole or not at all, and written and read again.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 
 #include "persistence/System.Beacon.Fencing.Bundle.h"
-#include "persistence/bundle_names.h"
 #include "platform/errors.h"
 
 namespace {
@@ -16,20 +14,6 @@ using namespace System::Beacon::Fencing;
 
 void Require(bool AHolds) {
   if (!AHolds) std::abort();
-}
-
-void TryTable(const std::string& AText) {
-  std::string Table;
-  try {
-    for (const TBundleName& Name : ReadIdTable(AText, "fuzz"))
-      AppendToIdTable(Table, Name.Path, Name.Id);
-  } catch (const EFileError&) {
-    return;
-  }
-  std::string Again;
-  for (const TBundleName& Name : ReadIdTable(Table, "table"))
-    AppendToIdTable(Again, Name.Path, Name.Id);
-  Require(Again == Table);
 }
 
 void TryText(const std::string& AText) {
@@ -54,11 +38,6 @@ void TryText(const std::string& AText) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* AData, std::size_t ASize) {
-  if (ASize == 0) return 0;
-  const std::string Text(reinterpret_cast<const char*>(AData) + 1, ASize - 1);
-  if (*AData == 'T')
-    TryTable(Text);
-  else
-    TryText(Text);
+  TryText(std::string(reinterpret_cast<const char*>(AData), ASize));
   return 0;
 }

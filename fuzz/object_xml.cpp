@@ -4,29 +4,13 @@
 #include <cstdlib>
 #include <string>
 
-#include "persistence/System.Beacon.Fencing.RttiUtils.h"
 #include "persistence/System.Beacon.Fencing.Serializer.h"
-#include "scene/System.Beacon.Fencing.Scene.Shapes.h"
+#include "platform/errors.h"
 
 namespace {
 
 using namespace System;
 using namespace System::Beacon::Fencing;
-
-bool RegisterClasses() {
-  for (const TClassInfo* Class : {&Scene::TNode::ClassInfo(),
-                                  &Scene::TLayer::ClassInfo(),
-                                  &Scene::TScene::ClassInfo(),
-                                  &Scene::TCamera::ClassInfo(),
-                                  &Scene::TRectangle::ClassInfo(),
-                                  &Scene::TEllipse::ClassInfo(),
-                                  &Scene::TSegment::ClassInfo(),
-                                  &Scene::TPolygonShape::ClassInfo()})
-    GetSharedRttiContext().Register(*Class);
-  return true;
-}
-
-const bool IsRegistered = RegisterClasses();
 
 /// The object of a text; nothing when it is refused.
 TRef<TInterfacedObject> Read(const std::string& AText) {

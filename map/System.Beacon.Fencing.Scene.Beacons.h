@@ -12,6 +12,7 @@
 
 #include <array>
 #include <cstdint>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -29,6 +30,8 @@
 #include "scene/System.Beacon.Fencing.Scene.Shapes.h"
 
 namespace System::Beacon::Fencing::Scene::Beacons {
+
+using Fencing::TMeasureUnits;
 
 /// What is drawn of a beacon: a disc (or its picture), circles of 0.1, 0.5 and 1.5, a circle as
 /// wide as its last distance.
@@ -509,6 +512,8 @@ class TConnectingNodes : public TSceneNode, public virtual IConnectingNodes {
   void NodeMoved(ISceneNode* ANode);
 
   TNodeConnections FConnections;
+  std::set<TStringPair>
+      FKnownLinks;  // keys of all connections; empty when they are to be found out
   std::vector<TEnds> FConnectionObjects;  // looks at them; nothing where none was looked up yet
   bool FAreAllResolved = false;
   std::vector<TPointF> FHighLitPath;
@@ -543,11 +548,9 @@ std::vector<TPathPosition> FilterPositions<TPathPosition>(std::span<const TPathN
 // ---------------------------------------------------------------- classes by name
 
 /// Makes an object of one of the classes of stored scenes, letter case ignored, or nothing; a
-/// `TCreator`. Hands back nothing to be called.
+/// `TCreator`. Hands back nothing to be called. `CreateInstanceOfClass` makes the same ones.
 TRef<TInterfacedObject> GetDefaultClassLoader(const std::string& AQualifiedClass,
                                               TLoadedResource& ALoadedResource);
-/// Makes the same classes known to the shared context. Called at start-up.
-void RegisterSceneClasses();
 
 }  // namespace System::Beacon::Fencing::Scene::Beacons
 

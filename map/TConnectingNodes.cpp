@@ -8,6 +8,7 @@
 #include "map/route_line.h"
 #include "platform/errors.h"
 #include "scene/corners.h"
+#include "scene/name_case.h"
 
 namespace System::Beacon::Fencing::Scene::Beacons {
 namespace {
@@ -21,6 +22,11 @@ bool Touches(const TStringPair& AConnection, std::string_view AName) {
 bool Joins(const TStringPair& AConnection, std::string_view A, std::string_view B) {
   const auto& [From, To] = AConnection;
   return (SameName(From, A) && SameName(To, B)) || (SameName(From, B) && SameName(To, A));
+}
+
+/// The same for both directions and whatever the letter case.
+TStringPair LinkKey(const std::string& A, const std::string& B) {
+  return std::minmax({WithoutCase(A), WithoutCase(B)});
 }
 
 template <class TTest>
@@ -78,16 +84,20 @@ TConnectingNodes::~TConnectingNodes() {
 
 void TConnectingNodes::AddConnection(const std::string& AFrom, const std::string& ATo) {
   DropConnectionObjects();
-  if (GetConnectionIndex(AFrom, ATo) < 0) FConnections.emplace_back(AFrom, ATo);
+  if (FKnownLinks.empty())
+    for (const auto& [From, To] : FConnections) FKnownLinks.insert(LinkKey(From, To));
+  if (FKnownLinks.insert(LinkKey(AFrom, ATo)).second) FConnections.emplace_back(AFrom, ATo);
 }
 
 void TConnectingNodes::RemoveConnection(const std::string& A, const std::string& B) {
   DropConnectionObjects();
+  FKnownLinks.clear();
   std::erase_if(FConnections, [&](const TStringPair& C) { return Joins(C, A, B); });
 }
 
 void TConnectingNodes::RemoveNode(const std::string& AName) {
   DropConnectionObjects();
+  FKnownLinks.clear();
   std::erase_if(FConnections, [&](const TStringPair& C) { return Touches(C, AName); });
 }
 
@@ -97,6 +107,7 @@ void TConnectingNodes::UpdateNode(const std::string& AnOldName, const std::strin
 }
 
 void TConnectingNodes::Rename(const std::string& AnOldName, const std::string& ANewName) {
+  FKnownLinks.clear();
   for (auto& [From, To] : FConnections) {
     if (SameName(From, AnOldName)) From = ANewName;
     if (SameName(To, AnOldName)) To = ANewName;
@@ -113,6 +124,7 @@ std::int32_t TConnectingNodes::GetConnectionIndex(std::string_view A, std::strin
 
 void TConnectingNodes::SetConnections(std::span<const TStringPair> AConnections) {
   DropConnectionObjects();
+  FKnownLinks.clear();
   FConnections = TNodeConnections(AConnections.begin(), AConnections.end());
 }
 

@@ -1,7 +1,7 @@
 #include <array>
 
 #include "map/System.Beacon.Fencing.Scene.Beacons.h"
-#include "persistence/System.Beacon.Fencing.RttiUtils.h"
+#include "persistence/stored_classes.h"
 
 namespace System::Beacon::Fencing::Scene::Beacons {
 namespace {
@@ -34,8 +34,19 @@ TRef<TInterfacedObject> GetDefaultClassLoader(const std::string& AQualifiedClass
   return nullptr;
 }
 
-void RegisterSceneClasses() {
-  for (const TClassInfo* Class : SceneClasses()) GetSharedRttiContext().Register(*Class);
+}  // namespace System::Beacon::Fencing::Scene::Beacons
+
+namespace System::Beacon::Fencing {
+
+void RegisterStoredClasses(TRttiContext& AContext) {
+  for (const TClassInfo* Class : Scene::Beacons::SceneClasses()) AContext.Register(*Class);
+  for (const TClassInfo* Class : {&Scene::TNode::ClassInfo(),
+                                  &Scene::TLayer::ClassInfo(),
+                                  &Scene::TRectangle::ClassInfo(),
+                                  &Scene::TEllipse::ClassInfo(),
+                                  &Scene::TSegment::ClassInfo(),
+                                  &Scene::TPolygonShape::ClassInfo()})
+    AContext.Register(*Class);
 }
 
-}  // namespace System::Beacon::Fencing::Scene::Beacons
+}  // namespace System::Beacon::Fencing

@@ -2,12 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <utility>
 
 #include "map/messages.h"
 #include "persistence/System.Beacon.Fencing.Serializer.h"
+#include "persistence/bundle_names.h"
 #include "platform/base64.h"
 #include "platform/drawing.h"
 #include "platform/errors.h"
@@ -29,6 +31,24 @@ template <class TNodeClass>
 TRef<TNodeClass> MakeNamed(const std::string& AName) {
   TRef<TNodeClass> Result = New<TNodeClass>();
   if (!AName.empty()) Result->SetName(AName);
+  return Result;
+}
+
+/// Names that bundles keep for themselves.
+bool IsReserved(const std::string& AName) {
+  return AName == SceneEntry || AName == IdTableName;
+}
+
+/// The name, or one with a number before its ending, under which nothing but these bytes is kept.
+std::string FindName(TBundle& ABundle, const std::string& AName, std::string_view ABytes) {
+  const auto IsFree = [&](const std::string& ATried) {
+    return !IsReserved(ATried) &&
+           (!ABundle.ContainsFileWithPath(ATried) || ABundle.GetStringForKey(ATried) == ABytes);
+  };
+  const std::size_t Ending = std::min(AName.rfind('.'), AName.size());
+  std::string Result = AName;
+  for (int Number = 2; !IsFree(Result); ++Number)
+    Result = fmt::format("{}-{}{}", AName.substr(0, Ending), Number, AName.substr(Ending));
   return Result;
 }
 
@@ -65,8 +85,10 @@ TMapBuilder& TMapBuilder::SetPicture(const std::string& AFileName) {
 
 TMapBuilder& TMapBuilder::SetPicture(const std::string& AName, std::string_view ABytes) {
   ReadPictureSize(ABytes, AName);
-  FBundle->AddFileWithEncode64(AName, GenerateUUId(), EncodeBase64(ABytes));
-  FMap->SetBitmapPath(AName);
+  const std::string Name = FindName(*FBundle, AName, ABytes);
+  if (!FBundle->ContainsFileWithPath(Name))
+    FBundle->AddFileWithEncode64(Name, GenerateUUId(), EncodeBase64(ABytes));
+  FMap->SetBitmapPath(Name);
   return *this;
 }
 

@@ -40,8 +40,9 @@ void Describe(TNodeClass& ANode, const std::string& AKey, const std::string& AVa
 /// Y downwards. What is not finite raises `EGeneralError`; what is returned may be changed further.
 class TMapBuilder {
  public:
-  /// The floor's picture, stretched over the whole floor: a PNG, JPEG or WebP file, or its bytes
-  /// with the name that they are kept under. Raises `EFileError` for what is no picture.
+  /// The floor's picture, stretched over the whole floor: a PNG, JPEG or WebP file, which is kept
+  /// under its name without the folder, or its bytes with a name. Where another picture has the
+  /// name already it becomes "plan-2.png". Raises `EFileError` for what is no picture.
   TMapBuilder& SetPicture(const std::string& AFileName);
   TMapBuilder& SetPicture(const std::string& AName, std::string_view ABytes);
 

@@ -3,6 +3,7 @@
 #include <locale>
 
 #include "persistence/System.Beacon.Fencing.RttiUtils.h"
+#include "persistence/stored_classes.h"
 
 namespace System::Beacon::Fencing {
 namespace {
@@ -109,6 +110,8 @@ const TClassInfo* TRttiContext::FindClass(std::string_view AQualifiedName) const
 
 TRttiContext& GetSharedRttiContext() {
   static TRttiContext Context;
+  static std::once_flag IsFilled;
+  std::call_once(IsFilled, [] { RegisterStoredClasses(Context); });
   return Context;
 }
 

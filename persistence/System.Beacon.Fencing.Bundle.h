@@ -38,7 +38,7 @@ class TBundle : public TInterfacedObject, public virtual IBundle {
   /// file of a directory.
   void SetMaxSize(std::size_t ASize) { FMaxSize = ASize; }
   /// Images with more pixels are not made; above `MaxPicturePixels` it has no effect.
-  void SetMaxPicturePixels(std::size_t ACount) { FMaxPicturePixels = ACount; }
+  void SetMaxPicturePixels(std::size_t ACount);
 
   void SetWorkingDirectory(const std::string& APath) override;
   void SetWorkingFile(const std::string& AFile) override;
@@ -67,7 +67,8 @@ class TBundle : public TInterfacedObject, public virtual IBundle {
   std::string GetStringForKey(const std::string& APath) override;
   std::string GetBase64FromFileId(const std::string& AnId) override;
   std::string GetBase64FromFilePath(const std::string& APath) override;
-  /// Empty also for a file that cannot be read or is no picture.
+  /// Empty also for a file that cannot be read or is no picture, which is then remembered until
+  /// another content is put in its place.
   TRef<IBitmap> GetImageForPath(const std::string& APath) override;
   std::string GetPathForImage(const IBitmap* ABitmap) const override;
 
@@ -113,7 +114,7 @@ class TBundle : public TInterfacedObject, public virtual IBundle {
   TRef<ICanvas> FCanvas;
   std::map<std::string, std::string> FPathToId;
   std::map<std::string, std::string> FIdToPath;
-  std::map<std::string, TRef<IBitmap>> FLoadedImages;  // by id
+  std::map<std::string, TRef<IBitmap>> FLoadedImages;  // by id; empty: none
   std::map<std::string, std::string> FStreamFiles;     // contents by id
   std::size_t FStreamSize = 0;                         // of all contents, in bytes
   std::size_t FMaxSize = MaxZipSize;

@@ -75,7 +75,7 @@ std::vector<std::string> GetEnumeratedValues(const TTypeInfo& AEnumeration);
 
 // ---------------------------------------------------------------- classes
 
-/// The classes that are known by name. Filled by plain calls at start-up.
+/// Classes that are known by name. Any thread.
 class TRttiContext {
  public:
   /// Adds a class; adding it again does nothing. The table lives as long as the process.
@@ -88,7 +88,8 @@ class TRttiContext {
   std::map<std::string, const TClassInfo*, std::less<>> FClasses;  // by lower-case name
 };
 
-/// The one context of the process.
+/// The one context of the process. Holds the classes of stored scenes from the start; others are
+/// added by plain calls.
 TRttiContext& GetSharedRttiContext();
 
 /// A new object of a registered class that can be made without arguments; else nothing.

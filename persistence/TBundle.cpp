@@ -285,14 +285,18 @@ TRef<IBitmap> TBundle::GetImageForPath(const std::string& APath) {
   const auto Found = FLoadedImages.find(Id);
   if (Found != FLoadedImages.end()) return Found->second;
   if (!FCanvas || !ContainsFileWithId(Id)) return nullptr;
-  TRef<IBitmap> Result;
+  TRef<IBitmap>& Result = FLoadedImages[Id];  // also when there is none: not to be tried again
   try {
     Result = LoadImage(APath, Id);
   } catch (const EFileError&) {
     return nullptr;
   }
-  if (Result) FLoadedImages[Id] = Result;
   return Result;
+}
+
+void TBundle::SetMaxPicturePixels(std::size_t ACount) {
+  FMaxPicturePixels = ACount;
+  std::erase_if(FLoadedImages, [](const auto& AImage) { return !AImage.second; });
 }
 
 TRef<IBitmap> TBundle::LoadImage(const std::string& APath, const std::string& AnId) const {

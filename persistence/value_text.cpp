@@ -119,12 +119,29 @@ bool TryNumber(std::string_view AText, T& AValue, TFormat... AFormat) noexcept {
   return Error == std::errc() && Last == End;
 }
 
+/// Whether a number that is out of range is so for being too near to 0: the place of its first
+/// digit, moved by the exponent, is behind the point.
+bool IsTooSmall(std::string_view AText) {
+  const std::size_t Mark = std::min(AText.find_first_of("eE"), AText.size());
+  const std::string_view Digits = AText.substr(0, Mark);
+  const auto Point = static_cast<std::int64_t>(std::min(Digits.find('.'), Digits.size()));
+  const auto First = static_cast<std::int64_t>(Digits.find_first_of("123456789"));
+  std::string_view Exponent = AText.substr(std::min(Mark + 1, AText.size()));
+  if (Exponent.starts_with('+')) Exponent.remove_prefix(1);
+  std::int64_t Shift = 0;
+  if (!Exponent.empty() && !TryNumber(Exponent, Shift)) return Exponent.starts_with('-');
+  return Point - First + Shift <= 0;
+}
+
+/// What is too small for a 32-bit number is 0.
 float ParseFloat(std::string_view AText) {
   float Result = 0.0F;
-  if (TryNumber(AText, Result) && std::isfinite(Result)) return Result;
-  double Wide = 0.0;  // what is too small for a 32-bit number is 0
-  if (!TryNumber(AText, Wide) || !(std::abs(Wide) < 1.0)) Refuse(Messages::SNoNumber, Shown(AText));
-  return std::copysign(0.0F, static_cast<float>(Wide));
+  const char* const End = AText.data() + AText.size();
+  const auto [Last, Error] = std::from_chars(AText.data(), End, Result);
+  if (Last == End && Error == std::errc() && std::isfinite(Result)) return Result;
+  const bool IsZero = Last == End && Error == std::errc::result_out_of_range && IsTooSmall(AText);
+  if (!IsZero) Refuse(Messages::SNoNumber, Shown(AText));
+  return AText.starts_with('-') ? -0.0F : 0.0F;
 }
 
 TAlphaColor ParseColour(std::string_view AText) {

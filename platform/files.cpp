@@ -40,6 +40,18 @@ bool IsPlainFile(int ADescriptor) {
   return fstat(ADescriptor, &Status) == 0 && S_ISREG(Status.st_mode);
 }
 
+/// A new file beside another one: whatever stands there stays.
+TFile MakeScratchFile(const std::string& APath, std::string& AScratch) {
+  constexpr int MaxTries = 100;
+  TFile Result(nullptr, &std::fclose);
+  for (int Try = 1; !Result && Try <= MaxTries; ++Try) {
+    AScratch = Try == 1 ? APath + ".new" : fmt::format("{}.new{}", APath, Try);
+    Result.reset(std::fopen(AScratch.c_str(), "wbx"));
+    if (!Result && errno != EEXIST) break;
+  }
+  return Result;
+}
+
 }  // namespace
 
 std::string ReadWholeFile(const std::string& APath, std::size_t AMaxSize) {
@@ -72,9 +84,8 @@ std::string ReadWholeStream(std::istream& AStream, const std::string& AName, std
 }
 
 void ReplaceFile(const std::string& APath, std::string_view AContents) {
-  const std::string Scratch = APath + ".new";
-  std::remove(Scratch.c_str());  // of an earlier run that was cut short
-  TFile File(std::fopen(Scratch.c_str(), "wbx"), &std::fclose);
+  std::string Scratch;
+  TFile File = MakeScratchFile(APath, Scratch);
   if (!File) RaiseFileError(APath, "the file cannot be written");
   const bool IsWritten =
       std::fwrite(AContents.data(), 1, AContents.size(), File.get()) == AContents.size();

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <tuple>
+#include <unordered_map>
 #include <vector>
 
 #include "apps/wayfence/import_paths.h"
@@ -121,15 +122,39 @@ class TImporter {
     const auto Path = AMap.AddPath(NameOf(AGraph.Name, "path", FNumbers.Paths), {});
     Path->SetControlPoints(PointsOf(AGraph.Nodes));
     Path->SetConnections(AGraph.Edges);
+    std::vector<std::vector<TPathGraph::TNote>> Notes(AGraph.Nodes.size());
+    for (const TPathGraph::TNote& Note : AGraph.Notes)
+      Notes[static_cast<std::size_t>(Note.Node)].push_back(Note);
     for (std::int32_t I = 0; I < Path->GetControlPointCount(); ++I)
-      TMapBuilder::GetNode(*Path, I)->SetName(NameOf({}, "node", FNumbers.Nodes));
-    for (const TPathGraph::TNote& Note : AGraph.Notes) {
-      const auto Node = TMapBuilder::GetNode(*Path, Note.Node);
-      if (Note.Point && !Note.Thing->Name.empty()) Node->SetName(Note.Thing->Name);
-      DescribeAll(*Node, Note.Thing->Description);
-      if (Note.Point && !Note.Point->Link.empty())
-        FProject.Connect(Node->GetName(), Note.Point->Link);
+      FurnishNode(*TMapBuilder::GetNode(*Path, I), Notes[static_cast<std::size_t>(I)]);
+  }
+
+  /// The last point that has a name names the node; all of them describe and link it.
+  void FurnishNode(TMapPathNode& ANode, const std::vector<TPathGraph::TNote>& ANotes) {
+    std::string Name = NameOf({}, "node", FNumbers.Nodes);
+    const TImportedThing* NamedBy = nullptr;
+    TDescriptionList Description;
+    for (const auto& [Node, Thing, Point] : ANotes) {
+      if (Point && !Thing->Name.empty()) NamedBy = Thing;
+      Description.insert(Description.end(), Thing->Description.begin(), Thing->Description.end());
     }
+    if (NamedBy) Name = NamedBy->Name;
+    if (NamedBy) WarnOfSameName(*NamedBy);
+    ANode.SetName(Name);
+    DescribeAll(ANode, Description);
+    for (const auto& [Node, Thing, Point] : ANotes)
+      if (Point && !Point->Link.empty()) FProject.Connect(Name, Point->Link);
+  }
+
+  void WarnOfSameName(const TImportedThing& AThing) {
+    const auto [Known, IsNew] = FNamedBy.emplace(AThing.Name, AThing.Source);
+    if (!IsNew)
+      FWarnings.push_back(
+          fmt::format("{}: '{}': {} names a path node so, too; both count as one place: give one "
+                      "of them another name",
+                      AThing.Source,
+                      AThing.Name,
+                      Known->second));
   }
 
   void AddBeacon(TMapBuilder& AMap, const TImportedBeacon& ABeacon) {
@@ -155,7 +180,8 @@ class TImporter {
   std::string FFloor;
   struct {
     int Zones = 0, Paths = 0, Nodes = 0, Beacons = 0;
-  } FNumbers;  // of this floor
+  } FNumbers;                                             // of this floor
+  std::unordered_map<std::string, std::string> FNamedBy;  // path nodes: where they got their names
 };
 
 }  // namespace

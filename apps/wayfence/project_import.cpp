@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
-#include <map>
+#include <set>
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/import_beacons.h"
@@ -64,10 +64,12 @@ void NameMaps(TImportedFloors& AFloors, const std::vector<std::string>& ANames) 
     throw EGeneralError(
         fmt::format("{} maps are named, {} are there", ANames.size(), AFloors.size()));
   for (std::size_t I = 0; I < ANames.size(); ++I) AFloors[I].Thing.Name = ANames[I];
-  std::map<std::string, int> Counts;
-  for (TImportedFloor& Floor : AFloors)
-    if (const int Count = ++Counts[Floor.Thing.Name]; Count > 1)
-      Floor.Thing.Name += fmt::format(" ({})", Count);
+  std::set<std::string> Taken;
+  for (TImportedFloor& Floor : AFloors) {
+    const std::string Name = Floor.Thing.Name;
+    for (int Number = 2; !Taken.insert(Floor.Thing.Name).second; ++Number)
+      Floor.Thing.Name = fmt::format("{} ({})", Name, Number);
+  }
 }
 
 void PrintWarnings(const TWarnings& AWarnings) {
