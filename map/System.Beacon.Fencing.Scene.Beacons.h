@@ -141,7 +141,7 @@ class TBeacon : public TDescribed<TRectangle>,
   /// Nor the size, the rotation and what concerns filling and clipping.
   bool AllowDesignProperty(std::string_view AName) const override;
   bool GetAllowRectModification() const override { return false; }
-  /// Holds the circles that are drawn.
+  /// Holds the circles that are drawn; the margin is that of the square alone.
   TRectF GetRepaintRect(bool AWithChildren, float AMargin) const override;
 
  protected:

@@ -128,9 +128,7 @@ TRectF TBeacon::GetRepaintRect(bool AWithChildren, float AMargin) const {
   const TRectF Inherited = TRectangle::GetRepaintRect(AWithChildren, AMargin);
   const float Reach = GetReach();
   if (Reach == 0.0F) return Inherited;
-  TRectF Circles = TSceneNode::GetScreenRect(SquareOf(Reach));
-  Circles.Inflate(AMargin, AMargin);
-  return BoundBoth(Inherited, Circles);
+  return BoundBoth(Inherited, TSceneNode::GetScreenRect(SquareOf(Reach)));
 }
 
 void TBeacon::Draw(Canvas::ICanvas& ACanvas) {

@@ -65,7 +65,9 @@ struct TUnserializer {
 
   /// The first `count` children of an element as a value of the array type. No `count` reads as 0,
   /// one that is larger than the number of children is refused. An object of a class that nobody
-  /// knows is nothing; so is an empty `item` among objects.
+  /// knows is nothing; so is an empty `item` among objects. Objects are read as counted references
+  /// (`TRef`), whatever their class; an array of plain pointers is refused with "Property type is
+  /// invalid", since nobody would own what is read.
   static TValue UnserializeArrayFromXMLNode(const IXMLNode& AnElement,
                                             const TTypeInfo& AType,
                                             std::span<const TCreator> ACreators);

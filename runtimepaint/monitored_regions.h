@@ -13,8 +13,8 @@ namespace System::Beacon::Fencing {
 /// it must. Kinds stay apart.
 class TMonitoredRegions {
  public:
-  /// A beacon that can match nothing enters no region: one with a major or minor outside 0 to
-  /// 65535, or without an Eddystone identity.
+  /// A beacon whose major or minor is outside 0 to 65535 matches nothing and enters no region, nor
+  /// does one whose Eddystone namespace or instance is no number of its length; one of zeros does.
   void Add(const IDesignBeacon& ABeacon);
   const std::vector<TBeaconsRegion>& GetRegions() const { return FRegions; }
 

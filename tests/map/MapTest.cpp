@@ -124,13 +124,13 @@ TEST(TBeacon, AsksForAllItsCirclesToBeDrawnAnew) {
   Beacon->SetDisplacement({10, 10});
   const auto Reach = [&](TBeaconVisualizationSet AModes) {
     Beacon->SetVisualizationMode(AModes);
-    const TRectF Rect = Beacon->GetRepaintRect(false, 2.0F);
+    const TRectF Rect = Beacon->GetRepaintRect(false, 0.25F);
     EXPECT_EQ(Rect.GetCentre(), (TPointF{10, 10}));
-    return Rect.GetWidth() / 2.0F - 2.0F;
+    return Rect.GetWidth() / 2.0F;
   };
   using enum TBeaconVisualizationMode;
   EXPECT_EQ(Reach(Beacon->GetVisualizationMode()), 1.5F);
-  EXPECT_EQ(Reach({SolidCircle}), 0.5F);
+  EXPECT_EQ(Reach({SolidCircle}), 0.75F);  // the square with its margin
   Beacon->SetSignalDistance(7.0F);
   EXPECT_EQ(Reach({ThreeDistances}), 1.5F);
   EXPECT_EQ(Reach({ThreeDistances, SignalDistance}), 7.0F);
