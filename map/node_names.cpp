@@ -15,4 +15,14 @@ INode* TNodesByName::Find(const std::string& AName) const {
   return Found == FNodes.end() ? nullptr : Found->second;
 }
 
+std::string PlaceInScene(INode& ANode) {
+  std::string Result;
+  for (const TRef<INode>& Node : ANode.GetHierarchyPath()) {
+    if (!Node->GetParent()) continue;
+    if (!Result.empty()) Result += " > ";
+    Result += Node->GetName();
+  }
+  return Result.empty() ? ANode.GetName() : Result;
+}
+
 }  // namespace System::Beacon::Fencing::Scene::Beacons

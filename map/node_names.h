@@ -20,4 +20,8 @@ class TNodesByName {
   std::unordered_map<std::string, INode*> FNodes;
 };
 
+/// Where a node stands, for messages: the names from below the root down, "Ground floor > Beacons >
+/// Door".
+std::string PlaceInScene(INode& ANode);
+
 }  // namespace System::Beacon::Fencing::Scene::Beacons

@@ -13,6 +13,7 @@ inline constexpr std::string_view SNoScene =
     "{}: there is no scene: the entry 'project' is missing";
 inline constexpr std::string_view SNotAScene =
     "{}: the entry 'project' is no scene: its root must be an object of class TScene";
+inline constexpr std::string_view SNoDescription = "{}: its DescriptionList cannot be read: {}";
 inline constexpr std::string_view SDescriptionList =
     "{}: project: the description list of '{}' cannot be read: {}";
 

@@ -1,11 +1,16 @@
 #include "runtimepaint/project_extraction.h"
 
+#include <fmt/format.h>
+
 #include <array>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "map/System.Beacon.Fencing.Scene.Beacons.h"
+#include "map/node_names.h"
+#include "platform/errors.h"
+#include "runtimepaint/messages.h"
 #include "runtimepaint/monitored_regions.h"
 #include "runtimepaint/nodes_below.h"
 
@@ -41,20 +46,26 @@ class TExtraction {
   }
 
   template <class TPlace>
-  void AddPoi(const TPlace& APlace, TPOIType AType, std::int32_t AMapIndex) {
+  void AddPoi(TPlace& APlace, TPOIType AType, std::int32_t AMapIndex) {
     TBeaconFencingPOI Poi;
     Poi.Name = APlace.GetName();
     Poi.Position = APlace.GetCenterInGlobalSpace();
-    Poi.Information = InformationOf(APlace.GetInformationItems());
+    Poi.Information = InformationOf(APlace);
     Poi.MapIndex = AMapIndex;
     Poi.PoiType = AType;
     FResult.PoiList.AddPOI(Poi);
   }
-  static TArray<std::pair<std::string, std::string>> InformationOf(const std::string& AText) {
-    std::vector<std::pair<std::string, std::string>> Result;
-    for (auto& [Key, Value] : Map::StringToDescriptionList(AText))
-      Result.emplace_back(std::move(Key), std::move(Value));
-    return TArray<std::pair<std::string, std::string>>(std::move(Result));
+  /// The description list of a node; an error names the node.
+  template <class TPlace>
+  static TArray<TStringPair> InformationOf(TPlace& APlace) {
+    try {
+      return TArray<TStringPair>(Map::StringToDescriptionList(APlace.GetInformationItems()));
+    } catch (const EConvertError& Error) {
+      INode* const Node = Supports<INode>(&APlace);
+      throw EConvertError(fmt::format(Messages::SNoDescription,
+                                      Node ? Map::PlaceInScene(*Node) : APlace.GetName(),
+                                      Error.what()));
+    }
   }
 
   void AddPaths() {

@@ -384,6 +384,7 @@ class TConnectedControlPointsShape : public TControlPointsShape,
 
  protected:
   void MovedControlPointOnePositionBack(std::int32_t AFrom, std::int32_t ATo) override;
+  void EndControlPointInsertion(std::int32_t AIndex) override;
   void Draw(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix) override;
   /// Draws between the connections and what is below the shape; `AMatrix` is the global matrix of
   /// the parent.
@@ -391,8 +392,12 @@ class TConnectedControlPointsShape : public TControlPointsShape,
 
  private:
   bool IsWhole(const TConnection& AConnection) const;
+  void FindConnectionsByPoint();
 
   TConnections FConnections;
+  /// Points and the connections that touch them, in their order; only during an insertion, which
+  /// moves every point once.
+  std::vector<std::pair<std::int32_t, std::size_t>> FConnectionsByPoint;
   float FConnectionsThickness = 1.0F;  // pixels
 };
 

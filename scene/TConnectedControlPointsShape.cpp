@@ -47,10 +47,28 @@ bool TConnectedControlPointsShape::RemoveControlPoint(std::int32_t AIndex) {
 void TConnectedControlPointsShape::MovedControlPointOnePositionBack(std::int32_t AFrom,
                                                                     std::int32_t ATo) {
   TControlPointsShape::MovedControlPointOnePositionBack(AFrom, ATo);
-  for (auto& [From, To] : FConnections) {
+  if (FConnectionsByPoint.empty()) FindConnectionsByPoint();
+  auto Touching = std::lower_bound(
+      FConnectionsByPoint.begin(), FConnectionsByPoint.end(), std::pair{AFrom, std::size_t{0}});
+  for (; Touching != FConnectionsByPoint.end() && Touching->first == AFrom; ++Touching) {
+    if (Touching->second >= FConnections.size()) continue;  // a handler took some away
+    auto& [From, To] = FConnections[Touching->second];
     if (From == AFrom) From = ATo;
     if (To == AFrom) To = ATo;
   }
+}
+
+void TConnectedControlPointsShape::EndControlPointInsertion(std::int32_t AIndex) {
+  FConnectionsByPoint.clear();
+  TControlPointsShape::EndControlPointInsertion(AIndex);
+}
+
+void TConnectedControlPointsShape::FindConnectionsByPoint() {
+  for (std::size_t I = 0; I < FConnections.size(); ++I) {
+    FConnectionsByPoint.emplace_back(FConnections[I].first, I);
+    FConnectionsByPoint.emplace_back(FConnections[I].second, I);
+  }
+  std::sort(FConnectionsByPoint.begin(), FConnectionsByPoint.end());
 }
 
 // ---------------------------------------------------------------- connections

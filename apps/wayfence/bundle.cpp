@@ -2,6 +2,8 @@
 #include <fmt/format.h>
 
 #include <filesystem>
+#include <set>
+#include <vector>
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/json_line.h"
@@ -42,8 +44,47 @@ fs::path PlaceOf(const fs::path& ADirectory, const std::string& APath) {
   const fs::path Relative = fs::path(APath).lexically_normal();
   if (Relative.empty() || Relative.is_absolute() || *Relative.begin() == ".." || Relative == ".")
     throw EFileError(
-        fmt::format("'{}' leads outside of the directory; nothing more is unpacked", APath));
+        fmt::format("'{}' leads outside of the directory; nothing is unpacked", APath));
   return ADirectory / Relative;
+}
+
+struct TUnpacked {
+  fs::path Place;
+  std::string Bytes;
+};
+
+void RequireRoom(const fs::path& APlace, bool AOverwrite) {
+  if (fs::is_directory(APlace))
+    throw EFileError(fmt::format("{}: a folder stands there already", APlace.string()));
+  if (fs::exists(APlace) && !AOverwrite)
+    throw EFileError(
+        fmt::format("{}: the file is there already; --overwrite replaces it", APlace.string()));
+}
+
+/// Every folder on the way to a file is one, or can be made.
+void RequireFolders(const fs::path& ADirectory,
+                    const fs::path& APlace,
+                    const std::set<fs::path>& AFiles) {
+  for (fs::path Folder = APlace.parent_path(); Folder != ADirectory && Folder.has_relative_path();
+       Folder = Folder.parent_path())
+    if (AFiles.contains(Folder) || (fs::exists(Folder) && !fs::is_directory(Folder)))
+      throw EFileError(fmt::format(
+          "{}: a file is in the way of the folder of '{}'", Folder.string(), APlace.string()));
+}
+
+/// All files and where they go. Raises when any of them cannot be read or has no room.
+std::vector<TUnpacked> Unpack(TBundle& ABundle, const TBundleArguments& AArguments) {
+  const fs::path Directory(AArguments.Directory);
+  std::vector<TUnpacked> Result;
+  std::set<fs::path> Places;
+  for (const std::string& Path : ABundle.GetPaths()) {
+    Result.push_back({PlaceOf(Directory, Path), ABundle.GetStringForKey(Path)});
+    RequireRoom(Result.back().Place, AArguments.Overwrite);
+    if (!Places.insert(Result.back().Place).second)
+      throw EFileError(fmt::format("'{}' and another path name the same file", Path));
+  }
+  for (const TUnpacked& File : Result) RequireFolders(Directory, File.Place, Places);
+  return Result;
 }
 
 }  // namespace
@@ -71,15 +112,9 @@ int RunBundleList(const TBundleArguments& AArguments) {
 
 int RunBundleExtract(const TBundleArguments& AArguments) {
   const TRef<TBundle> Bundle = OpenBundle(AArguments.Bundle);
-  const fs::path Directory(AArguments.Directory);
-  for (const std::string& Path : Bundle->GetPaths()) PlaceOf(Directory, Path);
-  for (const std::string& Path : Bundle->GetPaths()) {
-    const fs::path Place = PlaceOf(Directory, Path);
-    fs::create_directories(Place.parent_path());
-    if (fs::exists(Place) && !AArguments.Overwrite)
-      throw EFileError(
-          fmt::format("{}: the file is there already; --overwrite replaces it", Place.string()));
-    ReplaceFile(Place.string(), Bundle->GetStringForKey(Path));
+  for (const TUnpacked& File : Unpack(*Bundle, AArguments)) {
+    fs::create_directories(File.Place.parent_path());
+    ReplaceFile(File.Place.string(), File.Bytes);
   }
   return ExitDone;
 }

@@ -6,6 +6,7 @@
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/project_faults.h"
+#include "map/node_names.h"
 
 namespace Wayfence {
 
@@ -24,19 +25,13 @@ bool TFaults::HasErrors() const {
 }
 
 std::string TFaults::PlaceOf(INode& ANode) {
-  std::string Result;
-  for (const auto& Node : ANode.GetHierarchyPath()) {
-    if (!Node->GetParent()) continue;
-    if (!Result.empty()) Result += " > ";
-    Result += Node->GetName();
-  }
-  return Result.empty() ? ANode.GetName() : Result;
+  return System::Beacon::Fencing::Scene::Beacons::PlaceInScene(ANode);
 }
 
 int RunCheck(const TCheckArguments& AArguments) {
   const TProjectFile Project = OpenProject(AArguments.Project);
   TFaults Faults;
-  for (const auto Check : {CheckMaps, CheckBeacons, CheckZones, CheckPaths, CheckNodes})
+  for (const auto Check : {CheckMaps, CheckBeacons, CheckZones, CheckPaths, CheckLinks, CheckNodes})
     Check(Project, Faults);
   for (const TFault& Fault : Faults.Get())
     fmt::print("{}: {}: {}\n",

@@ -1,7 +1,8 @@
-// What may be wrong with maps and their pictures.
+// What may be wrong with maps, pictures and the files of the bundle.
 #include <fmt/format.h>
 
 #include <exception>
+#include <map>
 #include <set>
 
 #include "apps/wayfence/project_faults.h"
@@ -30,17 +31,46 @@ void CheckSize(TMap& AMap, TFaults& AFaults) {
             TEnumNames<TMeasureUnits>::Names[static_cast<std::size_t>(AMap.GetMeasureUnits())]));
 }
 
-void CheckPicture(TMap& AMap, TBundle& ABundle, TFaults& AFaults) {
-  const std::string Path = AMap.GetBitmapPath();
-  const std::string Place = TFaults::PlaceOf(AMap);
-  if (Path.empty()) return AFaults.AddWarning(Place, "the map has no picture; set its BitmapPath");
-  if (!ABundle.ContainsFileWithPath(Path))
-    return AFaults.AddError(
-        Place, fmt::format("its picture '{}' is not in the bundle; add the file", Path));
+/// What is wrong with a file as a picture; empty for a good one.
+std::string FaultOfPicture(TBundle& ABundle, const std::string& APath) {
+  if (!ABundle.ContainsFileWithPath(APath))
+    return fmt::format("its picture '{}' is not in the bundle; add the file", APath);
   try {
-    DecodePicture(ABundle.GetStringForKey(Path), Path);
+    DecodePicture(ABundle.GetStringForKey(APath), APath);
   } catch (const std::exception& Error) {
-    AFaults.AddError(Place, Error.what());
+    return Error.what();
+  }
+  return {};
+}
+
+/// Of every node that shows one.
+void CheckPictures(const TProjectFile& AProject, TFaults& AFaults) {
+  std::map<std::string, std::string> FaultByPath;  // each is decoded once
+  for (auto* Shape : NodesOf<Scene::TShapeBase>(AProject.Scene.Get())) {
+    const std::string Path = Shape->GetBitmapPath();
+    if (Path.empty()) {
+      if (dynamic_cast<TMap*>(Shape))
+        AFaults.AddWarning(TFaults::PlaceOf(*Shape), "the map has no picture; set its BitmapPath");
+      continue;
+    }
+    const auto [Fault, IsNew] = FaultByPath.try_emplace(Path);
+    if (IsNew) Fault->second = FaultOfPicture(*AProject.Bundle, Path);
+    if (!Fault->second.empty()) AFaults.AddError(TFaults::PlaceOf(*Shape), Fault->second);
+  }
+}
+
+/// Files of one id are one file.
+void CheckIds(TBundle& ABundle, TFaults& AFaults) {
+  std::map<std::string, std::string> PathById;
+  for (const std::string& Path : ABundle.GetPaths()) {
+    const auto [Known, IsNew] = PathById.emplace(ABundle.GetFileIdWithPath(Path), Path);
+    if (!IsNew)
+      AFaults.AddError(
+          Path,
+          fmt::format("the file has the id {} of '{}', so that both have the content of one of "
+                      "them; give it an id of its own",
+                      Known->first,
+                      Known->second));
   }
 }
 
@@ -57,10 +87,9 @@ void CheckUnusedFiles(const TProjectFile& AProject, TFaults& AFaults) {
 void CheckMaps(const TProjectFile& AProject, TFaults& AFaults) {
   const auto Maps = NodesOf<TMap>(AProject.Scene.Get());
   if (Maps.empty()) AFaults.AddError(AProject.Scene->GetName(), "the project has no map; add one");
-  for (TMap* Map : Maps) {
-    CheckSize(*Map, AFaults);
-    CheckPicture(*Map, *AProject.Bundle, AFaults);
-  }
+  for (TMap* Map : Maps) CheckSize(*Map, AFaults);
+  CheckPictures(AProject, AFaults);
+  CheckIds(*AProject.Bundle, AFaults);
   CheckUnusedFiles(AProject, AFaults);
 }
 

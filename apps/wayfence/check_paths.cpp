@@ -1,10 +1,9 @@
-// What may be wrong with paths and the links between them.
+// What may be wrong with paths.
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <numeric>
 #include <set>
-#include <unordered_map>
 #include <vector>
 
 #include "apps/wayfence/project_faults.h"
@@ -18,16 +17,11 @@ using namespace System::Beacon::Fencing::Scene::Beacons;
 
 namespace {
 
-/// Letters in lower case: links know nodes whatever the case.
-std::string Folded(std::string AName) {
-  for (char& Letter : AName)
-    if (Letter >= 'A' && Letter <= 'Z') Letter = static_cast<char>(Letter - 'A' + 'a');
-  return AName;
-}
-
 void CheckConnections(TMapPath& APath, TFaults& AFaults) {
   const std::string Place = TFaults::PlaceOf(APath);
   const std::int32_t Count = APath.GetControlPointCount();
+  if (Count == 0)
+    return AFaults.AddError(Place, "the path has no points; add some, or take it out");
   std::vector<bool> IsJoined(static_cast<std::size_t>(Count), false);
   for (const auto& [From, To] : APath.GetConnections()) {
     if (From < 0 || To < 0 || From >= Count || To >= Count) {
@@ -57,31 +51,6 @@ void CheckPlaces(TMapPath& APath, TFaults& AFaults) {
     if (!Area.Contains(Point))
       AFaults.AddWarning(TFaults::PlaceOf(APath),
                          fmt::format("its point at {}, {} is off the map", Point.X, Point.Y));
-}
-
-void CheckNodeNames(Scene::INode* AScene, TFaults& AFaults) {
-  std::unordered_map<std::string, std::string> Places;
-  for (TMapPathNode* Node : NodesOf<TMapPathNode>(AScene)) {
-    const auto [Known, IsNew] = Places.emplace(Node->GetName(), TFaults::PlaceOf(*Node));
-    if (!IsNew)
-      AFaults.AddError(TFaults::PlaceOf(*Node),
-                       fmt::format("the node has the name of '{}'; both count as one place: give "
-                                   "it another name",
-                                   Known->second));
-  }
-}
-
-void CheckLinks(Scene::INode* AScene, TFaults& AFaults) {
-  std::set<std::string> Names;
-  for (Scene::ISceneNode* Node : NodesOf<Scene::ISceneNode>(AScene))
-    Names.insert(Folded(Node->GetName()));
-  for (TConnectingNodes* Links : NodesOf<TConnectingNodes>(AScene))
-    for (const auto& [From, To] : Links->GetConnections())
-      for (const std::string& Name : {From, To})
-        if (!Names.contains(Folded(Name)))
-          AFaults.AddError(
-              TFaults::PlaceOf(*Links),
-              fmt::format("the link '{}' to '{}' names '{}', which no node has", From, To, Name));
 }
 
 /// The parts of the graph that no path joins to one another.
@@ -118,8 +87,6 @@ void CheckPaths(const TProjectFile& AProject, TFaults& AFaults) {
     CheckConnections(*Path, AFaults);
     CheckPlaces(*Path, AFaults);
   }
-  CheckNodeNames(AProject.Scene.Get(), AFaults);
-  CheckLinks(AProject.Scene.Get(), AFaults);
   CheckReach(*AProject.Scene, AFaults);
 }
 

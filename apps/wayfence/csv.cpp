@@ -20,6 +20,12 @@ std::string_view Trim(std::string_view AText) {
   return AText.substr(First, AText.find_last_not_of(" \t") - First + 1);
 }
 
+/// As much of a text as a message shows.
+std::string Shown(const std::string& AText) {
+  constexpr std::size_t MaxShown = 300;
+  return AText.size() <= MaxShown ? AText : AText.substr(0, MaxShown) + "…";
+}
+
 }  // namespace
 
 TCsvReader::TCsvReader(const std::string& AFileName)
@@ -30,9 +36,9 @@ TCsvReader::TCsvReader(const std::string& AFileName, std::string AText)
   Take("\xEF\xBB\xBF");
   if (!ReadRow()) Refuse("the file is empty; its first line names the columns");
   FColumns.swap(FFields);
-  if (FColumns.size() > MaxColumns) Refuse(fmt::format("more than {} columns", MaxColumns));
   for (std::size_t I = 0; I < FColumns.size(); ++I)
-    if (IndexOf(FColumns[I]) != I) Refuse(fmt::format("column {} is there twice", FColumns[I]));
+    if (IndexOf(FColumns[I]) != I)
+      Refuse(fmt::format("column {} is there twice", Shown(FColumns[I])));
 }
 
 bool TCsvReader::Next() {
@@ -56,7 +62,7 @@ std::string_view TCsvReader::ColumnOf(std::initializer_list<std::string_view> AN
   throw System::EFileError(fmt::format("{}:1: there is no column {}; there are {}",
                                        FFileName,
                                        *ANames.begin(),
-                                       fmt::join(FColumns, ", ")));
+                                       Shown(fmt::format("{}", fmt::join(FColumns, ", ")))));
 }
 
 std::string_view TCsvReader::GetText(std::string_view AColumn) const {
@@ -76,8 +82,10 @@ bool TCsvReader::ReadRow() {
   FRowLine = FLine;
   if (FAt == FText.size()) return false;
   FFields.clear();
-  do FFields.push_back(ReadField());
-  while (Take(","));
+  do {
+    if (FFields.size() == MaxColumns) Refuse(fmt::format("more than {} columns", MaxColumns));
+    FFields.push_back(ReadField());
+  } while (Take(","));
   if (FAt < FText.size() && !TakeLineEnd())
     Refuse("a comma or the end of the line is expected after the closing quote");
   return true;

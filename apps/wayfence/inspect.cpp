@@ -5,7 +5,6 @@
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/project_file.h"
 #include "map/System.Beacon.Fencing.Scene.Beacons.h"
-#include "runtimepaint/project_extraction.h"
 
 namespace Wayfence {
 
@@ -104,7 +103,7 @@ TJson GraphOf(const TFencingProject& AProject) {
 
 int RunInspect(const TInspectArguments& AArguments) {
   const TProjectFile File = OpenProject(AArguments.Project);
-  const TFencingProject Project = ExtractProject(*File.Scene);
+  const TFencingProject Project = ExtractFrom(File);
   TJson Result{{"name", Project.ProjectName}};
   for (const char* Name : {"maps", "pois", "graph", "regions"}) Result[Name] = TJson::array();
   for (const TFencingMap& Map : Project.Maps) Result["maps"].push_back(MapOf(Map));

@@ -38,6 +38,7 @@ void CheckMaps(const TProjectFile& AProject, TFaults& AFaults);
 void CheckBeacons(const TProjectFile& AProject, TFaults& AFaults);
 void CheckZones(const TProjectFile& AProject, TFaults& AFaults);
 void CheckPaths(const TProjectFile& AProject, TFaults& AFaults);
+void CheckLinks(const TProjectFile& AProject, TFaults& AFaults);
 /// Names, descriptions, and the places of nodes.
 void CheckNodes(const TProjectFile& AProject, TFaults& AFaults);
 

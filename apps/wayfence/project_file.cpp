@@ -10,6 +10,7 @@
 #include "platform/errors.h"
 #include "platform/files.h"
 #include "platform/xml.h"
+#include "runtimepaint/project_extraction.h"
 #include "runtimepaint/project_reader.h"
 #include "scene/canvas/System.Beacon.Fencing.Canvas.Wyx.h"
 
@@ -29,13 +30,13 @@ void OpenDirectory(TBundle& ABundle, const std::string& APath) {
 
 /// A document of a scene alone becomes a bundle that holds it.
 void OpenText(TBundle& ABundle, const std::string& APath) {
-  const TRef<IXMLDocument> Document = LoadXMLFile(APath);
+  const std::string Text = ReadWholeFile(APath, MaxXMLSize);
+  const TRef<IXMLDocument> Document = ParseXML(Text, APath);
   const std::string Root(Document->GetDocumentElement()->GetNodeName());
   std::string Id;
-  if (Root == "object")
-    ABundle.AddString(
-        std::string(Scene::Beacons::SceneEntry), ReadWholeFile(APath, MaxXMLSize), Id, false);
-  else if (Root == "bundle")
+  if (SameName(Root, "object"))
+    ABundle.AddString(std::string(Scene::Beacons::SceneEntry), Text, Id, false);
+  else if (SameName(Root, "bundle"))
     ABundle.UnserializeFromXMLNode(Document->GetNode());
   else
     throw EFileError(
@@ -62,9 +63,17 @@ TRef<TBundle> OpenBundle(const std::string& APath) {
 }
 
 TProjectFile OpenProject(const std::string& APath) {
-  TProjectFile Result{OpenBundle(APath), nullptr};
+  TProjectFile Result{OpenBundle(APath), nullptr, APath};
   Result.Scene = ReadSceneOf(Result.Bundle, APath);
   return Result;
+}
+
+TFencingProject ExtractFrom(const TProjectFile& AFile) {
+  try {
+    return ExtractProject(*AFile.Scene);
+  } catch (const EConvertError& Error) {
+    throw EFileError(fmt::format("{}: {}", AFile.Name, Error.what()));
+  }
 }
 
 }  // namespace Wayfence

@@ -12,6 +12,7 @@ namespace Wayfence {
 struct TProjectFile {
   System::TRef<System::Beacon::Fencing::TBundle> Bundle;
   System::TRef<System::Beacon::Fencing::Scene::TScene> Scene;
+  std::string Name;  ///< as it was given, for messages
 };
 
 /// What a path names: a bundle as XML, as an archive (told by its first bytes) or as a directory,
@@ -19,5 +20,7 @@ struct TProjectFile {
 System::TRef<System::Beacon::Fencing::TBundle> OpenBundle(const std::string& APath);
 /// The same with its scene.
 TProjectFile OpenProject(const std::string& APath);
+/// The record of the project; what is raised names the file and the node.
+System::Beacon::Fencing::TFencingProject ExtractFrom(const TProjectFile& AFile);
 
 }  // namespace Wayfence

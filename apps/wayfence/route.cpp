@@ -8,7 +8,6 @@
 #include "apps/wayfence/map_session.h"
 #include "apps/wayfence/project_file.h"
 #include "platform/errors.h"
-#include "runtimepaint/project_extraction.h"
 
 namespace Wayfence {
 
@@ -48,7 +47,7 @@ void PrintRoute(const TFencingProject& AProject) {
 
 int RunRoute(const TRouteArguments& AArguments) {
   const TProjectFile File = OpenProject(AArguments.Project);
-  TFencingProject Project = ExtractProject(*File.Scene);
+  TFencingProject Project = ExtractFrom(File);
   const auto MapCount = static_cast<int>(Project.Maps.GetLength());
   if (AArguments.Map < 0 || AArguments.Map >= MapCount)
     throw EGeneralError(

@@ -72,6 +72,8 @@ TEST_F(ImportTest, APlanInMetresBecomesZonesPathsAndBeacons) {
        Feature("", "MultiLineString", "[[[13.004, 20.995], [13, 24]], [[16, 24], [17, 24]]]"),
        Feature(R"("name": "Door", "category": "exit", "link": "Desk")", "Point", "[13, 24]"),
        Feature(R"("name": "Desk")", "Point", "[16, 24]"),
+       Feature(R"("name": "Way out", "exit": 1)", "Point", "[13, 24]"),
+       Feature(R"("name": "Desk")", "Point", "[17, 24]"),
        Feature(R"("name": "Lost")", "Point", "[12, 22]"),
        Feature(fmt::format(R"("uuid": "{}", "major": 1, "minor": 7, "power": -59)", UUID),
                "Point",
@@ -90,9 +92,11 @@ TEST_F(ImportTest, APlanInMetresBecomesZonesPathsAndBeacons) {
   EXPECT_EQ(Map["beacons"][0]["name"], "hall beacon 1");
   EXPECT_EQ(Rounded(Map["beacons"][0]["at"]), "8.000 5.000 ");
   EXPECT_EQ(Map["beacons"][1]["kind"], "Eddystone");
-  ASSERT_EQ(Project["graph"]["nodes"].size(), 5U);  // two lines share the node at 13, 21
+  ASSERT_EQ(Project["graph"]["nodes"].size(), 4U);  // lines share 13, 21; two are called Desk
   EXPECT_EQ(Project["graph"]["edges"].size(), 4U);  // the last is the link
   ExpectWarning("hall.geojson:4: 'Bay': its holes are filled");
+  EXPECT_EQ(Project["graph"]["edges"].back(), json({2, 3}));
+  ExpectWarning("'Desk': hall.geojson:12 names a path node so, too");
   ExpectWarning("'Lost': a point that is no beacon and no point of a line is left out");
 
   std::string Information;
@@ -104,7 +108,8 @@ TEST_F(ImportTest, APlanInMetresBecomesZonesPathsAndBeacons) {
                                  Entry["value"].get<std::string>());
   for (const char* Line : {"Office: seats = 4\n",
                            "Office: tags = a, b: 2\n",
-                           "Door: category = exit\n",
+                           "Way out: category = exit\n",
+                           "Way out: exit = 1\n",
                            "hall node 1: width = 2\n",
                            "hall beacon 1: power = -59\n"})
     EXPECT_NE(Information.find(Line), std::string::npos) << Line << "in\n" << Information;
@@ -133,14 +138,15 @@ TEST_F(ImportTest, FilesAndLevelsBecomeFloorsThatAListOfBeaconsFills) {
               fmt::format("name,x,y,map,uuid,major,minor,owner\nfirst,1,2,0,{0},1,1,\n"
                           "second,1,2,2,{0},1,2,\"us, them\"\nagain,1,2,2,{0},1,1,\n",
                           UUID));
-  const json Project =
-      Import("--geojson low.geojson high.geojson --beacons beacons.csv --y-up --map Basement");
+  const json Project = Import(
+      "--geojson low.geojson high.geojson --beacons beacons.csv --y-up "
+      "--map high 'high (2)'");
   ASSERT_EQ(Project["maps"].size(), 3U);
   std::string Names;
   for (const json& Map : Project["maps"])
     Names += fmt::format(
         "{} {} {}, ", Map["name"].get<std::string>(), Map["zones"].size(), Map["beacons"].size());
-  EXPECT_EQ(Names, "Basement 2 1, Level 10 2 0, high 1 1, ");
+  EXPECT_EQ(Names, "high 2 1, high (2) 2 0, high (3) 1 1, ");
   EXPECT_EQ(Rounded(Project["maps"][2]["beacons"][0]["at"]), "1.000 4.000 ");
   ExpectWarning("beacons.csv:4: the first of the beacons left out (1)");
   EXPECT_EQ(Import("--beacons beacons.csv --size 20x12")["maps"].size(), 3U);

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 #include "map/project_builder.h"
 #include "support/program.h"
@@ -50,6 +51,7 @@ TEST_F(ProjectTest, RefusedProjectsSayWhatAndWhere) {
       "\"System.Beacon.Fencing.Scene.Classes.TScene\">\n";
   const std::array Files{std::pair{"empty.xml", std::string()},
                          std::pair{"other.xml", std::string("<html></html>")},
+                         std::pair{"upper.xml", std::string("<OBJECT/>")},
                          std::pair{"torn.xml", Scene + "<Opacity>1</Opacity>"},
                          std::pair{"value.xml", Scene + "<Opacity>thick</Opacity></object>"},
                          std::pair{"nothing.xml", std::string("<bundle></bundle>")},
@@ -59,6 +61,7 @@ TEST_F(ProjectTest, RefusedProjectsSayWhatAndWhere) {
        {std::pair{"missing.xml", "missing.xml"},
         {"empty.xml", "empty.xml:1:1"},
         {"other.xml", "other.xml: a project begins with <bundle> or <object>, not with <html>"},
+        {"upper.xml", "upper.xml: the entry 'project' is no scene"},
         {"torn.xml", "torn.xml:1:1: <object> is not closed"},
         {"value.xml", "value.xml: project:2:1: <Opacity>"},
         {"nothing.xml", "nothing.xml: there is no scene: the entry 'project' is missing"},
@@ -104,8 +107,16 @@ void BuildFaults(const std::string& AFileName) {
   const auto Path = Ground.AddPath("path", {{"A", {1, 1}}, {"B", {2, 2}}, {"A", {30, 3}}});
   Path->ConnectControlPoints(0, 9);
   TMapBuilder::AddBranch(*Path, -1, {"alone", {4, 4}});
-  Upper.AddPath("island", {{"C", {0, 0}}, {"D", {0, 0}}});
+  Upper.AddPath("island", {{"C", {0, 0}}, {"D", {0, 0}}, {"b", {0, 0}}});
+  Upper.AddPath("no path", {});
+  Moved->SetBitmapPath("gone.png");
   Project.Connect("A", "Nowhere");
+  Project.Connect("moved", "Connections");
+  Ground.AddZone("hall", {0, 0, 1, 1});
+  TMapBuilder::AddBranch(*Path, 0, {"Hall", {4, 4}});
+  Project.Connect("C", "HALL");
+  Project.MakeBundle()->AddFileWithEncode64(
+      "twin.txt", Project.MakeBundle()->GetFileIdWithPath("unused.txt"), "");
   Project.Save(AFileName);
 }
 
@@ -134,6 +145,18 @@ TEST_F(ProjectTest, CheckFindsEveryFault) {
         "warning: Ground > Zones > bow: the outline of the zone crosses itself",
         "error: Ground > Zones > bow: its DescriptionList cannot be read",
         "warning: Ground > Zones > moved > turned: the node is turned or scaled under a parent",
+        "error: Ground > Zones > moved: its picture 'gone.png' is not in the bundle",
+        "error: unused.txt: the file has the id ",
+        "error: Upper > Paths > no path: the path has no points",
+        "warning: Upper > Paths > island > b: its name and that of 'Ground > Paths > path > B' "
+        "differ",
+        "error: Connections: the link 'moved' to 'Connections' leads to the TConnectingNodes "
+        "'Connections', which is no place",
+        "warning: Connections: the link 'moved' to 'Connections' leads to the TZone "
+        "'Ground > Zones > moved', which is no path node",
+        "error: Connections: the link 'C' to 'HALL' leads to the TZone 'Ground > Zones > hall', "
+        "which "
+        "hides the path node 'Ground > Paths > path > Hall'",
         "warning: Ground: 2 beacons and zones are called 'twice'",
         "error: Ground > Paths > path: the connection 0|9 names a point that is not there",
         "warning: Ground > Paths > path: points without a connection: 1",
@@ -141,7 +164,53 @@ TEST_F(ProjectTest, CheckFindsEveryFault) {
         "error: Ground > Paths > path > A: the node has the name of 'Ground > Paths > path > A'",
         "error: Connections: the link 'A' to 'Nowhere' names 'Nowhere', which no node has",
         "warning: C: no route leads from 'A' to it"})
-    EXPECT_NE(Outcome.Output.find(Line), std::string::npos) << Line;
+    EXPECT_NE(Outcome.Output.find(Line), std::string::npos) << Line << "\n" << Outcome.Output;
+  for (const char* Command : {"inspect faults.xml", "route faults.xml --from 1,1,0 --to B"})
+    ExpectRefusal(
+        1,
+        Command,
+        "wayfence: faults.xml: Ground > Zones > bow: its DescriptionList cannot be read: ");
+}
+
+TEST_F(ProjectTest, BundlesAreUnpackedWholeOrNotAtAll) {
+  const auto Bundle = [this](const std::vector<const char*>& APaths) {
+    const TRef<TBundle> Result = New<TBundle>(nullptr);
+    std::string Id;
+    for (const char* Path : APaths) Result->AddString(Path, "new", Id, false);
+    ReplaceFile(Path("b.xml"), Result->SerializeToXML());
+  };
+  for (const char* File : {"z", "z.new", "file"}) ReplaceFile(Path(File), "mine");
+  std::filesystem::create_directory(Path("folder"));
+  for (const auto& [Paths, Message] :
+       {std::pair<std::vector<const char*>, const char*>{{"a", "z"}, "./z: the file is"},
+        {{"a", "folder"}, "./folder: a folder stands there"},
+        {{"a", "a/b"}, "./a: a file is in the way of the folder of './a/b'"},
+        {{"a", "file/b"}, "./file: a file is in the way"},
+        {{"a", "x/y", "x/./y"}, "'x/y' and another path"},
+        {{"a", "../b"}, "'../b' leads outside"}}) {
+    Bundle(Paths);
+    ExpectRefusal(1, "bundle extract b.xml .", std::string("wayfence: ") + Message);
+    EXPECT_FALSE(std::filesystem::exists(Path("a")));
+  }
+  Bundle({"a/b", "z"});
+  OutputOf("bundle extract b.xml . --overwrite");
+  EXPECT_EQ(ReadWholeFile(Path("a/b"), 9) + ReadWholeFile(Path("z"), 9), "newnew");
+  EXPECT_EQ(ReadWholeFile(Path("z.new"), 9), "mine");
+}
+
+TEST_F(ProjectTest, PicturesOfOneNameAreKeptApart) {
+  const std::string Red = ReadWholeFile(WAYFENCE_SOURCE_DIR "/tests/pictures/far.png", 1 << 20);
+  const std::string Plan = ReadWholeFile(WAYFENCE_SOURCE_DIR "/tests/pictures/plan.png", 1 << 20);
+  TProjectBuilder Project("Pictures");
+  std::string Paths;
+  for (const auto& [Name, Bytes] :
+       {std::pair{"plan.png", Red}, {"plan.png", Plan}, {"plan.png", Red}, {"project", Plan}})
+    Paths += Project.AddMap("", 1, 1).SetPicture(Name, Bytes).GetMap()->GetBitmapPath() + " ";
+  EXPECT_EQ(Paths, "plan.png plan-2.png plan.png project-2 ");
+  const TRef<TBundle> Bundle = Project.MakeBundle();
+  EXPECT_EQ(Bundle->GetStringForKey("plan.png"), Red);
+  EXPECT_EQ(Bundle->GetStringForKey("plan-2.png"), Plan);
+  EXPECT_TRUE(Bundle->GetStringForKey("project").starts_with("<object"));
 }
 
 }  // namespace

@@ -167,6 +167,10 @@ TEST(RttiUtils, ObjectsAreMadeByTheQualifiedNameOfTheirClass) {
   const TRef<TInterfacedObject> Made = CreateInstanceOfClass("system.test.tCIRCLE");
   ASSERT_TRUE(Made);
   EXPECT_EQ(&Made->GetClassInfo(), &TCircle::ClassInfo());
+  const TRef<TInterfacedObject> Map =
+      CreateInstanceOfClass("System.Beacon.Fencing.Scene.Beacons.TMap");
+  ASSERT_TRUE(Map);
+  EXPECT_EQ(Map->GetClassInfo().GetShortName(), "TMap");
   for (const char* Name : {"TCircle", "System.Test.TShape", "System.Test.TSquare", ""})
     EXPECT_FALSE(CreateInstanceOfClass(Name)) << Name;
 }

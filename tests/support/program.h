@@ -40,8 +40,9 @@ class ProgramTest : public testing::Test {
 
   /// Runs "wayfence ARGUMENTS" in the folder, standard output into `AOutput`.
   TOutcome Run(const std::string& AArguments, const std::string& AOutput = "output") const {
-    const std::string Command = fmt::format("cd '{}' && '{}' {} > {} 2> messages",
+    const std::string Command = fmt::format("cd '{}' && {} '{}' {} > {} 2> messages",
                                             FFolder.string(),
+                                            FPrelude,
                                             WAYFENCE_PROGRAM,
                                             AArguments,
                                             AOutput);
@@ -79,6 +80,8 @@ class ProgramTest : public testing::Test {
                        ARssi,
                        System::BytesToHex(APayload));
   }
+
+  std::string FPrelude;  // of the shell, before each run
 
  private:
   std::filesystem::path FFolder;
