@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 
+#include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "persistence/System.Beacon.Fencing.RttiUtils.h"
 #include "persistence/System.Beacon.Fencing.Serializer.h"
@@ -38,16 +40,46 @@ void RequireElement(const IXMLNode& ANode, std::string_view AName) {
     RefuseAt(ANode, fmt::format(fmt::runtime(Messages::SNotInPlace), AName));
 }
 
-std::string Attribute(const IXMLNode& ANode, std::string_view AName) {
-  return std::string(ANode.GetAttribute(AName).value_or(""));
+std::string_view Attribute(const IXMLNode& ANode, std::string_view AName) {
+  return ANode.GetAttribute(AName).value_or("");
 }
+
+/// The properties of a class by name, those of the nearest class first.
+class TPropertyNames {
+ public:
+  explicit TPropertyNames(const TClassInfo& AClass) {
+    for (const TClassInfo* Class = &AClass; Class; Class = Class->Base)
+      for (const TPropertyInfo& Property : Class->Properties)
+        if (FindProperty(AClass, Property.Name) == &Property) FProperties.push_back(&Property);
+  }
+
+  /// Nothing for an unknown name. Looks at `ANext` first and sets it behind what was found, since
+  /// texts name properties in the order of the tables.
+  const TPropertyInfo* Find(std::string_view AName, std::size_t& ANext) const {
+    for (std::size_t I = 0; I < FProperties.size(); ++I) {
+      const std::size_t Index = (ANext + I) % FProperties.size();
+      if (!SameName(FProperties[Index]->Name, AName)) continue;
+      ANext = Index + 1;
+      return FProperties[Index];
+    }
+    return nullptr;
+  }
+
+  static const TPropertyNames& Of(const TClassInfo& AClass) {
+    thread_local std::unordered_map<const TClassInfo*, TPropertyNames> Known;
+    return Known.try_emplace(&AClass, AClass).first->second;
+  }
+
+ private:
+  std::vector<const TPropertyInfo*> FProperties;
+};
 
 TRef<TInterfacedObject> MakeObject(const IXMLNode& ANode,
                                    TCreators ACreators,
                                    TLoadedResource& ALoadedResource) {
   if (TRef<TInterfacedObject> Object = CreateInstanceOfClass(Attribute(ANode, "class")))
     return Object;
-  const std::string Class = Attribute(ANode, "qualified_class");
+  const std::string Class(Attribute(ANode, "qualified_class"));
   TRef<TInterfacedObject> Object = CreateInstanceOfClass(Class);
   for (auto Creator = ACreators.begin(); !Object && Creator != ACreators.end(); ++Creator) {
     ALoadedResource = nullptr;
@@ -115,10 +147,12 @@ bool TUnserializer::UnserializeObjectFromXMLNode(TRef<TInterfacedObject>& AObjec
   TRef<TInterfacedObject> Object =
       At(ANode, [&] { return MakeObject(ANode, ACreators, LoadedResource); });
   if (!Object) return false;
-  const TClassInfo& Class = Object->GetClassInfo();
-  for (TRef<IXMLNode> Child = ANode.GetFirstChild(); Child; Child = Child->GetNextSibling()) {
+  const TPropertyNames& Properties = TPropertyNames::Of(Object->GetClassInfo());
+  std::size_t Next = 0;
+  const TRef<IXMLNode> Child = ANode.GetFirstChild();
+  for (bool IsThere = Child != nullptr; IsThere; IsThere = Child->MoveToNextSibling()) {
     if (Child->GetKind() != TXMLNodeKind::Element) continue;
-    if (const TPropertyInfo* const Property = FindProperty(Class, Child->GetNodeName()))
+    if (const TPropertyInfo* const Property = Properties.Find(Child->GetNodeName(), Next))
       AssignPropertyFromXMLNode(*Child, *Object, *Property, ACreators);
   }
   if (LoadedResource) At(ANode, [&] { LoadedResource(*Object); });
@@ -155,9 +189,9 @@ TValue TUnserializer::UnserializeArrayFromXMLNode(const IXMLNode& AnElement,
   std::vector<TValue> Elements;
   std::size_t Missing = CountOf(AnElement);
   Elements.reserve(Missing);
-  for (TRef<IXMLNode> Child = AnElement.GetFirstChild(); Missing > 0; --Missing) {
+  for (const TRef<IXMLNode> Child = AnElement.GetFirstChild(); Missing > 0; --Missing) {
     Elements.push_back(ReadElement(*Child, *AType.Element, ACreators));
-    Child = Child->GetNextSibling();
+    Child->MoveToNextSibling();
   }
   return {AType, std::move(Elements)};
 }

@@ -74,6 +74,7 @@ class TXMLNode final : public TInterfacedObject, public virtual IXMLNode {
   TRef<IXMLNode> GetNextSibling() const override {
     return FDocument->NodeOf(SkipComments(FNode.next_sibling()));
   }
+  bool MoveToNextSibling() override;
   std::size_t GetChildCount() const override;
   std::string GetPlace() const override { return FDocument->PlaceOf(FNode); }
 
@@ -158,6 +159,13 @@ std::vector<TXMLAttribute> TXMLNode::GetAttributes() const {
   for (const pugi::xml_attribute& Attribute : FNode.attributes())
     Result.push_back({Attribute.name(), Attribute.value()});
   return Result;
+}
+
+bool TXMLNode::MoveToNextSibling() {
+  const pugi::xml_node Next = SkipComments(FNode.next_sibling());
+  if (!Next) return false;
+  FNode = Next;
+  return true;
 }
 
 std::size_t TXMLNode::GetChildCount() const {

@@ -41,7 +41,7 @@ enum class TXMLNodeKind : std::uint8_t { Document, Element, Text, Declaration, I
 /// A node of a document, and a share in its life. Comments are no nodes, nor is white space beside
 /// elements, instructions or comments; it is text where an element holds nothing else. Two
 /// references may stand for one node without being the same. Views are good as long as the document
-/// or one of its nodes is held. Any thread: nothing here changes.
+/// or one of its nodes is held. Any thread: nothing but `MoveToNextSibling` changes anything.
 class IXMLNode : public virtual IInterface {
  public:
   virtual TXMLNodeKind GetKind() const = 0;
@@ -61,6 +61,9 @@ class IXMLNode : public virtual IInterface {
   virtual TRef<IXMLNode> GetFirstChild() const = 0;
   /// The next child of the same parent, empty after the last one.
   virtual TRef<IXMLNode> GetNextSibling() const = 0;
+  /// Becomes the next child of the same parent; false, and the same as before, after the last one.
+  /// For walks that keep no node: it saves making one for each.
+  virtual bool MoveToNextSibling() = 0;
   /// Counts them by a walk over all.
   virtual std::size_t GetChildCount() const = 0;
   /// Where the node begins, as at the head of an `EXMLError`: "FILE:LINE:COLUMN". Walks the text.
