@@ -17,15 +17,15 @@ TEST(LiveMapStress, HoldsInTheSimulatedRuntimeForManySeeds) {
     const TSimulation Simulation({.Seed = static_cast<std::uint64_t>(Seed)});
     TOffscreenControl Control(40, 40);
     TLiveMapStress Stress(static_cast<std::uint64_t>(Seed), {50'000, 400, 1}, Control);
-    for (int Step = 0; Step < 40; ++Step) {
+    for (int Step = 0; Step < 16; ++Step) {
       Stress.Step();
-      if (Step % 8 == 0) Control.Update();
+      if (Step % 4 == 0) Control.Update();
     }
     Positions += Stress.GetPositionCount();
     MapChanges += Stress.GetMapChangeCount();
   }
-  EXPECT_GT(Positions, 5 * Seeds) << "too few to mean anything";
-  EXPECT_GT(MapChanges, Seeds / 2) << "too few to mean anything";
+  EXPECT_GT(Positions, 2 * Seeds) << "too few to mean anything";
+  EXPECT_GT(MapChanges, Seeds / 5) << "too few to mean anything";
 }
 
 TEST(LiveMapStress, HoldsInTheRealRuntime) {
