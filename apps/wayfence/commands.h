@@ -15,7 +15,7 @@ inline constexpr int ExitRefused = 1;
 inline constexpr int ExitUsage = 2;
 
 /// Where advertisements come from: "btsnoop:FILE", "pcap:FILE", "log:FILE", "FILE", "bluez",
-/// "bluez:hci1".
+/// "bluez:hci1", "simulate:WALK.json".
 struct TSourceArguments {
   std::string Source = "bluez";
   double Speed = 0.0;      ///< of a recording: 0 as fast as possible, 1 real time
@@ -57,6 +57,17 @@ struct TRecordArguments {
   double Seconds = 0.0;  ///< 0: until interrupted
 };
 int RunRecord(const TRecordArguments& AArguments);
+
+struct TSimulateArguments {
+  std::string Project;
+  std::string Walk;
+  std::string File;
+  std::string TruthFile;  ///< empty: beside `File`
+  std::string Format = "log";
+  std::uint64_t Seed = 1;
+  bool Overwrite = false;
+};
+int RunSimulate(const TSimulateArguments& AArguments);
 
 struct TEvaluateArguments {
   std::string BeaconFile;

@@ -71,6 +71,38 @@ CLI::App* AddRecord(CLI::App& AProgram, TRecordArguments& AArguments) {
   return &Command;
 }
 
+CLI::App* AddSimulate(CLI::App& AProgram, TSimulateArguments& AArguments) {
+  CLI::App& Command = *AProgram.add_subcommand(
+      "simulate", "Writes what a radio would record on a walk, and where the walk really was");
+  Command
+      .add_option("PROJECT",
+                  AArguments.Project,
+                  "The project whose beacons are heard: a bundle or the XML of its scene")
+      ->required();
+  Command.add_option("WALK.json", AArguments.Walk, "Where the walk leads, and the radio")
+      ->required();
+  Command.add_option("-o,--output", AArguments.File, "The recording to write")->required();
+  Command.add_option("--truth",
+                     AArguments.TruthFile,
+                     "The true positions to write: columns t (seconds), x, y (metres), map; by "
+                     "default beside the recording, as NAME.truth.csv");
+  Command.add_option("--format", AArguments.Format, "The format of the recording")
+      ->check(CLI::IsMember({"log", "btsnoop", "pcap"}))
+      ->capture_default_str();
+  Command.add_option("--seed", AArguments.Seed, "Fixes every random number")->capture_default_str();
+  Command.add_flag("--overwrite", AArguments.Overwrite, "Replace files that are there");
+  Command.footer(
+      "A walk is {\"speed\": 1.2, \"interval\": 0.1, \"stairs\": 8, \"points\": [\n"
+      "  {\"map\": 0, \"x\": 1, \"y\": 6, \"wait\": 3}, {\"node\": \"Coffee machine\"}]}\n"
+      "with metres a second, seconds and map units; a node is reached along the paths. Instead of\n"
+      "points: \"random\": {\"map\": 0, \"seconds\": 600}. \"radio\": {...} sets up the radio.\n"
+      "True positions are map coordinates in metres. Times begin with the walk.\n"
+      "Example:\n"
+      "  wayfence project new office.xml\n"
+      "  wayfence simulate office.xml office.walk.json -o walk.log    also writes walk.truth.csv");
+  return &Command;
+}
+
 /// "WIDTHxHEIGHT", both positive numbers of metres.
 void ReadSize(const std::string& AText, TEvaluateArguments& AArguments) {
   constexpr double MaxMetres = 1e5;
@@ -173,11 +205,15 @@ int main(int ACount, char** AValues) {
   TZonesArguments Zones;
   TScanArguments Scan;
   TRecordArguments Record;
+  TSimulateArguments Simulate;
   TEvaluateArguments Evaluate;
   std::function<int()> Command;
   AddZones(Program, Zones)->final_callback([&] { Command = [&] { return RunZones(Zones); }; });
   AddScan(Program, Scan)->final_callback([&] { Command = [&] { return RunScan(Scan); }; });
   AddRecord(Program, Record)->final_callback([&] { Command = [&] { return RunRecord(Record); }; });
+  AddSimulate(Program, Simulate)->final_callback([&] {
+    Command = [&] { return RunSimulate(Simulate); };
+  });
   AddEvaluate(Program, Evaluate)->final_callback([&] {
     Command = [&] { return RunEvaluate(Evaluate); };
   });

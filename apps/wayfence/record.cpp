@@ -7,8 +7,8 @@
 #include <string>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/recording_file.h"
 #include "apps/wayfence/source.h"
-#include "platform/beacons/captures/captures.h"
 #include "platform/errors.h"
 
 namespace Wayfence {
@@ -19,12 +19,6 @@ using namespace System::Beacon;
 namespace {
 
 constexpr double MicrosecondsADay = 86'400.0 * TicksPerSecond;
-
-TRef<IAdvertisementWriter> CreateWriter(const TRecordArguments& AArguments, TCaptureClock AClock) {
-  if (AArguments.Format == "btsnoop") return CreateBtsnoop(AArguments.File);
-  if (AArguments.Format == "pcap") return CreatePcap(AArguments.File);
-  return CreateAdvertisementLog(AArguments.File, AClock);
-}
 
 TTicks EndOf(TTicks AStart, double ASeconds) {
   return ASeconds > 0.0 ? After(AStart, static_cast<TTicks>(ASeconds * TicksPerSecond))
@@ -92,7 +86,8 @@ int ConvertRecording(const TRecordArguments& AArguments, IAdvertisementReader& A
   CheckNotSource(AArguments.File, AArguments.From.Source);
   const TCaptureClock Clock =
       AReader.HasWallTime() ? TCaptureClock::Wall : TCaptureClock::Recording;
-  const TRef<IAdvertisementWriter> Writer = CreateWriter(AArguments, Clock);
+  const TRef<IAdvertisementWriter> Writer =
+      CreateRecording(AArguments.File, AArguments.Format, Clock);
   const std::uint64_t Count = Convert(AReader, *Writer, AArguments.Seconds);
   Writer->Close();
   Report(Count, AArguments.File);
@@ -104,7 +99,8 @@ int RecordRadio(const TRecordArguments& AArguments) {
   const TRun Run = OpenRun(AArguments.From);
   CatchInterrupts();
   Run.Source->Open();
-  const TRef<IAdvertisementWriter> Writer = CreateWriter(AArguments, TCaptureClock::Wall);
+  const TRef<IAdvertisementWriter> Writer =
+      CreateRecording(AArguments.File, AArguments.Format, TCaptureClock::Wall);
   const std::uint64_t Count = Listen(*Run.Source, *Writer, AArguments.Seconds);
   Run.Source->Close();
   Writer->Close();
@@ -115,7 +111,7 @@ int RecordRadio(const TRecordArguments& AArguments) {
 }  // namespace
 
 int RunRecord(const TRecordArguments& AArguments) {
-  if (const TRef<IAdvertisementReader> Recording = OpenRecording(AArguments.From.Source))
+  if (const TRef<IAdvertisementReader> Recording = OpenRecording(AArguments.From))
     return ConvertRecording(AArguments, *Recording);
   return RecordRadio(AArguments);
 }

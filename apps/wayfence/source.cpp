@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/wayfence/simulation.h"
 #include "platform/beacons/bluez_source.h"
 #include "platform/beacons/captures/captures.h"
 #include "platform/beacons/replay_source.h"
@@ -67,6 +68,16 @@ bool TakePrefix(std::string_view& ASource, std::string_view APrefix) {
   return true;
 }
 
+TRef<IAdvertisementReader> OpenSimulation(const TSourceArguments& AArguments,
+                                          const std::string& AWalkFile) {
+  if (AArguments.Project.empty())
+    throw EBeaconSourceError(
+        fmt::format("{}: a simulated walk needs a project, and this command has none; 'wayfence "
+                    "simulate' writes a recording of it that every command can read",
+                    AArguments.Source));
+  return OpenSimulatedWalk(AArguments.Project, AWalkFile, AArguments.Seed).Reader;
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------- TWatchedSource
@@ -108,17 +119,18 @@ void TWatchedSource::ReportProblems() const {
 
 // ---------------------------------------------------------------- opening
 
-TRef<IAdvertisementReader> OpenRecording(const std::string& ASource) {
-  std::string_view Rest = ASource;
+TRef<IAdvertisementReader> OpenRecording(const TSourceArguments& AArguments) {
+  std::string_view Rest = AArguments.Source;
   if (Rest == "bluez" || TakePrefix(Rest, "bluez:")) return nullptr;
   if (TakePrefix(Rest, "btsnoop:")) return OpenBtsnoop(std::string(Rest));
   if (TakePrefix(Rest, "pcap:")) return OpenPcap(std::string(Rest));
   if (TakePrefix(Rest, "log:")) return OpenAdvertisementLog(std::string(Rest));
-  return OpenCapture(ASource);
+  if (TakePrefix(Rest, "simulate:")) return OpenSimulation(AArguments, std::string(Rest));
+  return OpenCapture(AArguments.Source);
 }
 
 TRun OpenRun(const TSourceArguments& AArguments) {
-  const TRef<IAdvertisementReader> Recording = OpenRecording(AArguments.Source);
+  const TRef<IAdvertisementReader> Recording = OpenRecording(AArguments);
   TRun Result;
   if (!Recording) {
     std::string_view Adapter = AArguments.Source;

@@ -60,8 +60,10 @@ struct TRun {
 /// standard error.
 TRun OpenRun(const TSourceArguments& AArguments);
 
-/// The recording that a source names, or nothing when it names a radio.
-System::TRef<System::Beacon::IAdvertisementReader> OpenRecording(const std::string& ASource);
+/// The recording that a source names, or nothing when it names a radio. A simulated walk is a
+/// recording that is made while it is read; it goes through the project of the arguments.
+System::TRef<System::Beacon::IAdvertisementReader> OpenRecording(
+    const TSourceArguments& AArguments);
 
 /// From now on an interrupt (Ctrl-C) or a request to end only sets what `IsInterrupted` tells.
 void CatchInterrupts();
