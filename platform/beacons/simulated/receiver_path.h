@@ -28,7 +28,7 @@ class TReceiverPath {
     TRadioPlace Place;
   };
   static constexpr std::size_t MaxPoints = 1'000'000;
-  static constexpr TTicks LongestTime = 7 * 86'400 * TicksPerSecond;
+  static constexpr TTicks LongestTime = TicksPerSecond * 7 * 86'400;
   static constexpr double MaxMetres = 1e6;  // from the origin
 
   /// From time 0 on, in the order of time. Raises `EBeaconSourceError` when there is no point, or
