@@ -53,7 +53,7 @@ int PowerOf(const IDesignBeacon& ABeacon, int ADefault) {
 
 std::uint16_t NumberOf(const IDesignBeacon& ABeacon, std::int32_t ANumber) {
   if (ANumber < 0 || ANumber > 0xFFFF)
-    RefuseBeacon(ABeacon, "its major and minor are not both from 0 to 65535");
+    RefuseBeacon(ABeacon, "its major, minor or manufacturer id is not from 0 to 65535");
   return static_cast<std::uint16_t>(ANumber);
 }
 
