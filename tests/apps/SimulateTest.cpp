@@ -110,6 +110,17 @@ TEST_F(SimulateTest, SeedDecidesTheRecordingInEveryFormat) {
   EXPECT_EQ(OutputOf("scan --source first.log"), OutputOf("scan --source first.btsnoop"));
 }
 
+TEST_F(SimulateTest, SourceIsHeardAsItsRecordingWouldBe) {
+  const auto EventsOf = [&](const std::string& ASource) {
+    const std::string Output = OutputOf("map office.xml --seed 5 --source " + ASource);
+    return Output.substr(Output.find('\n'));  // the first line names the source
+  };
+  Simulate("office.xml office.walk.json -o walk.log --seed 5");
+  const std::string Events = EventsOf("simulate:office.walk.json");
+  EXPECT_NE(Events.find(R"("event": "MapChange", "from": 0, "to": 1)"), std::string::npos);
+  EXPECT_EQ(EventsOf("log:walk.log"), Events);
+}
+
 TEST_F(SimulateTest, RandomWalkStaysOnThePaths) {
   WriteWalk(R"({"speed": 2, "interval": 0.25, "stairs": 3, "random": {"map": 1, "seconds": 900}})");
   Simulate("office.xml walk.json -o walk.log --seed 3");
