@@ -135,4 +135,11 @@ struct TProjectImportArguments {
 };
 int RunProjectImport(const TProjectImportArguments& AArguments);
 
+struct TReportArguments {
+  std::vector<std::string> RunFiles;
+  std::string File;
+  bool Overwrite = false;
+};
+int RunReport(const TReportArguments& AArguments);
+
 }  // namespace Wayfence

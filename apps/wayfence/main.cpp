@@ -183,6 +183,21 @@ CLI::App* AddEvaluate(CLI::App& AProgram, TEvaluateArguments& AArguments) {
   return &Command;
 }
 
+CLI::App* AddReport(CLI::App& AProgram, TReportArguments& AArguments) {
+  CLI::App& Command = *AProgram.add_subcommand(
+      "report", "Makes a page of runs, for any browser and without a network");
+  Command.add_option("RUN", AArguments.RunFiles, "Run files, as 'wayfence map --run' writes them")
+      ->required();
+  Command.add_option("-o,--output", AArguments.File, "The page to write: FILE.html")->required();
+  Command.add_flag("--overwrite", AArguments.Overwrite, "Replace the page if it is there");
+  Command.footer(
+      "The page begins where its address says, all of it or parts: page.html#t=12.5&run=0&floor=1\n"
+      "Example:\n"
+      "  wayfence report walk.run -o walk.html\n"
+      "  wayfence report monday.run tuesday.run -o both.html --overwrite");
+  return &Command;
+}
+
 int Run(const std::function<int()>& ACommand) {
   try {
     const int Result = ACommand();
@@ -207,6 +222,7 @@ int main(int ACount, char** AValues) {
   TRecordArguments Record;
   TSimulateArguments Simulate;
   TEvaluateArguments Evaluate;
+  TReportArguments Report;
   std::function<int()> Command;
   AddZones(Program, Zones)->final_callback([&] { Command = [&] { return RunZones(Zones); }; });
   AddScan(Program, Scan)->final_callback([&] { Command = [&] { return RunScan(Scan); }; });
@@ -218,6 +234,7 @@ int main(int ACount, char** AValues) {
     Command = [&] { return RunEvaluate(Evaluate); };
   });
   AddMap(Program, Command);
+  AddReport(Program, Report)->final_callback([&] { Command = [&] { return RunReport(Report); }; });
   AddProjectCommands(Program, Command);
   try {
     Program.parse(ACount, AValues);

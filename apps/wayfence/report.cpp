@@ -1,0 +1,28 @@
+// wayfence report: one page of one or several runs.
+#include <fmt/format.h>
+
+#include <filesystem>
+
+#include "apps/wayfence/commands.h"
+#include "apps/wayfence/report_page.h"
+#include "platform/errors.h"
+#include "platform/files.h"
+
+namespace Wayfence {
+
+using namespace System;
+
+int RunReport(const TReportArguments& AArguments) {
+  namespace fs = std::filesystem;
+  if (fs::exists(AArguments.File) && !AArguments.Overwrite)
+    throw EFileError(
+        fmt::format("{}: the file is there already; --overwrite replaces it", AArguments.File));
+  std::vector<TNamedRun> Runs;
+  for (const std::string& File : AArguments.RunFiles)
+    Runs.emplace_back(fs::path(File).stem().string(), ReadRun(File));
+  ReplaceFile(AArguments.File, MakeReportPage(Runs));
+  fmt::print(stderr, "wrote {}\n", AArguments.File);
+  return ExitDone;
+}
+
+}  // namespace Wayfence

@@ -1,0 +1,6 @@
+# Writes the files of this folder as C++ source: cmake -DOUTPUT=FILE -P assets.cmake
+file(READ ${CMAKE_CURRENT_LIST_DIR}/page.html PAGE_HTML)
+file(READ ${CMAKE_CURRENT_LIST_DIR}/page.css PAGE_CSS)
+file(READ ${CMAKE_CURRENT_LIST_DIR}/page.js PAGE_JS)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/assets.cpp.in ${OUTPUT} @ONLY)
+file(TOUCH ${OUTPUT})

@@ -1,0 +1,214 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "apps/wayfence/floor_picture.h"
+#include "apps/wayfence/json_line.h"
+#include "apps/wayfence/run_file.h"
+#include "map/System.Beacon.Fencing.Scene.Beacons.h"
+#include "platform/base64.h"
+#include "platform/errors.h"
+
+namespace Wayfence {
+
+using namespace System;
+using namespace System::Beacon::Fencing;
+
+namespace {
+
+constexpr int PictureSide = 1600;  // pixels
+
+template <class TEnum>
+std::string NameOf(TEnum AValue) {
+  return std::string(TEnumNames<TEnum>::Names.at(static_cast<std::size_t>(AValue)));
+}
+
+std::string RectToJson(const TRectF& ARect) {
+  return fmt::format("[{}, {}, {}, {}]", ARect.Left, ARect.Top, ARect.Right, ARect.Bottom);
+}
+
+/// Texts joined as a JSON array.
+class TJsonArray {
+ public:
+  void Add(const std::string& AValue) { FText += (FText.empty() ? "" : ", ") + AValue; }
+  std::string ToText() const { return "[" + FText + "]"; }
+
+ private:
+  std::string FText;
+};
+
+// ---------------------------------------------------------------- maps
+
+/// The bytes of a picture as an address.
+std::string AddressOf(const TPicture& APicture) {
+  std::string Digits = EncodeBase64(EncodePng(APicture));
+  std::erase_if(Digits, [](char AChar) { return AChar == '\r' || AChar == '\n'; });
+  return "data:image/png;base64," + Digits;
+}
+
+/// The floor with its paths; zones and beacons are drawn from what the header tells of them.
+void AddPicture(TJsonLine& ALine, Scene::TScene& AScene, int AMap, const TRectF& ARect) {
+  const float Longer = std::max(ARect.GetWidth(), ARect.GetHeight());
+  const TFloorOptions Options{.ShowZones = false, .ShowBeacons = false, .Margin = Longer / 50.0F};
+  const int Width = FloorWidth(AScene, AMap, PictureSide, Options);
+  const TFloorPicture Floor = DrawFloor(AScene, AMap, Width, Options);
+  ALine.Text("picture", AddressOf(*Floor.Picture));
+  ALine.Json("pictureRect", RectToJson(Floor.Rect));
+}
+
+std::string MapsToJson(Scene::TScene& AScene, const TFencingProject& AProject) {
+  TJsonArray Result;
+  for (std::size_t I = 0; I < AProject.Maps.GetLength(); ++I) {
+    const IDesignMap& Map = *AProject.Maps[I].Map;
+    const TRectF Rect = Map.GetGlobalRect();
+    TJsonLine Line;
+    Line.Text("name", Map.GetName()).Json("rect", RectToJson(Rect));
+    const auto* const Units = Supports<const IDesignMapUnits>(&Map);
+    Line.Text("units", NameOf(Units ? Units->GetMeasureUnits() : TMeasureUnits::Meters));
+    if (!Rect.IsEmpty()) AddPicture(Line, AScene, static_cast<int>(I), Rect);
+    Result.Add(Line.ToText());
+  }
+  return Result.ToText();
+}
+
+// ---------------------------------------------------------------- what stands on them
+
+TJsonLine Placed(const std::string& AName, std::size_t AMap) {
+  TJsonLine Result;
+  Result.Text("name", AName).Number("map", static_cast<std::int64_t>(AMap));
+  return Result;
+}
+
+std::string BeaconToJson(const IDesignBeacon& ABeacon, std::size_t AMap) {
+  TJsonLine Result = Placed(ABeacon.GetName(), AMap);
+  const TPointF Place = ABeacon.GetCenterInGlobalSpace();
+  Result.Decimal("x", Place.X)
+      .Decimal("y", Place.Y)
+      .Text("kind", NameOf(ABeacon.GetKindofBeacon()));
+  if (ABeacon.GetKindofBeacon() == System::Beacon::TKindofBeacon::Eddystone)
+    return Result.Text("namespace", ABeacon.GetEddyNamespace())
+        .Text("instance", ABeacon.GetEddyInstance())
+        .ToText();
+  return Result.Text("uuid", GUIDToString(ABeacon.GetGUID()))
+      .Number("major", ABeacon.GetMajor())
+      .Number("minor", ABeacon.GetMinor())
+      .ToText();
+}
+
+std::vector<TPointF> CornersOf(const TRectF& ARect) {
+  return {{ARect.Left, ARect.Top},
+          {ARect.Right, ARect.Top},
+          {ARect.Right, ARect.Bottom},
+          {ARect.Left, ARect.Bottom}};
+}
+
+std::vector<TPointF> CornersOf(const Scene::ISceneNode& ANode) {
+  const Scene::TCorners Corners = ANode.GetLocalCorners();
+  return {Corners.Points.begin(), Corners.Points.end()};
+}
+
+std::vector<TPointF> EllipseOf(const Scene::TEllipse& AShape) {
+  constexpr int Corners = 48;
+  const TRectF Rect = AShape.GetRect();
+  TPointF Half{Rect.GetWidth() / 2.0F, Rect.GetHeight() / 2.0F};
+  if (AShape.GetPerfectCircle()) Half.X = Half.Y = std::min(Half.X, Half.Y);
+  std::vector<TPointF> Result;
+  for (int I = 0; I < Corners; ++I) {
+    const double Angle = 2.0 * std::numbers::pi * I / Corners;
+    Result.push_back(Rect.GetCentre() + TPointF{Half.X * static_cast<float>(std::cos(Angle)),
+                                                Half.Y * static_cast<float>(std::sin(Angle))});
+  }
+  return Result;
+}
+
+/// The outline of a zone, global space.
+std::vector<TPointF> OutlineOf(const IDesignZone& AZone) {
+  const auto* const Node = Supports<const Scene::ISceneNode>(&AZone);
+  if (!Node) return CornersOf(AZone.GetGlobalRect());
+  std::vector<TPointF> Result;
+  if (const auto* const Ellipse = dynamic_cast<const Scene::TEllipse*>(Node))
+    Result = EllipseOf(*Ellipse);
+  else if (const auto* const Shape = Supports<const Scene::IControlPointsShape>(&AZone))
+    Result = Shape->GetControlPoints();
+  else
+    Result = CornersOf(*Node);
+  const TMatrix Matrix = Node->GetGlobalMatrix();
+  for (TPointF& Point : Result) Point = Point * Matrix;
+  return Result;
+}
+
+std::string ZoneToJson(const IDesignZone& AZone, std::size_t AMap) {
+  TJsonArray Outline;
+  for (const TPointF& Point : OutlineOf(AZone))
+    Outline.Add(fmt::format("[{:.3f}, {:.3f}]", Point.X, Point.Y));
+  return Placed(AZone.GetName(), AMap).Json("outline", Outline.ToText()).ToText();
+}
+
+std::string PoisToJson(const TFencingProject& AProject) {
+  TJsonArray Result;
+  for (const TBeaconFencingPOI& Poi : AProject.PoiList.PoiList)
+    if (Poi.MapIndex >= 0)
+      Result.Add(Placed(Poi.Name, static_cast<std::size_t>(Poi.MapIndex))
+                     .Decimal("x", Poi.Position.X)
+                     .Decimal("y", Poi.Position.Y)
+                     .Text("type", NameOf(Poi.PoiType))
+                     .ToText());
+  return Result.ToText();
+}
+
+}  // namespace
+
+TRunWriter::TRunWriter(std::string AFileName,
+                       Scene::TScene& AScene,
+                       const TFencingProject& AProject,
+                       const std::string& ASource)
+    : FFile(std::move(AFileName)) {
+  TJsonArray Beacons, Zones;
+  std::size_t Count = 0;
+  for (std::size_t I = 0; I < AProject.Maps.GetLength(); ++I) {
+    for (const TFencingBeacon& Beacon : AProject.Maps[I].BeaconList) {
+      FBeacons.try_emplace(Beacon.DesignBeacon->GetObject(), TBeaconPlace{Count++, I});
+      Beacons.Add(BeaconToJson(*Beacon.DesignBeacon, I));
+    }
+    for (const TRef<IDesignZone>& Zone : AProject.Maps[I].Zones) Zones.Add(ZoneToJson(*Zone, I));
+  }
+  TJsonLine Header;
+  Header.Number("run", 1).Text("project", AProject.ProjectName).Text("source", ASource);
+  Header.Json("maps", MapsToJson(AScene, AProject)).Json("beacons", Beacons.ToText());
+  Header.Json("zones", Zones.ToText()).Json("pois", PoisToJson(AProject));
+  Line(Header.ToText());
+}
+
+void TRunWriter::Line(std::string_view AText) {
+  FFile.Write(AText);
+  FFile.Write("\n");
+}
+
+void TRunWriter::Signal(double ASeconds,
+                        const IDesignBeacon& ABeacon,
+                        int ARssi,
+                        double ADistance) {
+  const auto Found = FBeacons.find(ABeacon.GetObject());
+  if (Found == FBeacons.end()) return;
+  TJsonLine Result(ASeconds, "Signal");
+  Result.Number("map", static_cast<std::int64_t>(Found->second.Map));
+  Result.Number("beacon", static_cast<std::int64_t>(Found->second.Index)).Number("rssi", ARssi);
+  if (ADistance >= 0.0) Result.Decimal("distance", ADistance);
+  Line(Result.ToText());
+}
+
+void TRunWriter::Truth(double ASeconds, int AMap, TPointF APlace) {
+  Line(TJsonLine(ASeconds, "Truth")
+           .Number("map", AMap)
+           .Decimal("x", APlace.X)
+           .Decimal("y", APlace.Y)
+           .ToText());
+}
+
+void TRunWriter::Close() {
+  FFile.Close();
+}
+
+}  // namespace Wayfence
