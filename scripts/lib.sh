@@ -14,7 +14,7 @@ build_packages=(g++ cmake ninja-build pkg-config ccache libfmt-dev nlohmann-json
   libpango1.0-dev libpng-dev libjpeg-dev libwebp-dev libzip-dev libsdl2-dev
   libxcb-xtest0-dev)
 # What the tests run.
-test_packages=(dbus gzip python3 fonts-dejavu-core fonts-liberation2 libgdiplus xvfb)
+test_packages=(dbus gzip python3 fonts-dejavu-core fonts-liberation2 libgdiplus xvfb chromium)
 bench_packages=(libbenchmark-dev libboost-graph-dev qt6-base-dev)
 clang_packages=(clang libclang-rt-14-dev)
 

@@ -98,6 +98,17 @@ std::string ZoneToJson(const TRunRecord::TZone& AZone) {
   return Placed(AZone.Name, AZone.Map).Json("outline", Outline.ToText()).ToText();
 }
 
+/// The map, and the ends one after the other.
+std::string EdgeToJson(const TRunRecord::TEdge& AEdge) {
+  TColumn Result;
+  Result.Add(std::int64_t{AEdge.Map});
+  for (const TPointF& Point : {AEdge.From, AEdge.To}) {
+    Result.AddDecimal(Point.X);
+    Result.AddDecimal(Point.Y);
+  }
+  return Result.ToText();
+}
+
 template <class TPlaced>
 TJsonLine PlaceToJson(const TPlaced& AItem) {
   TJsonLine Result = Placed(AItem.Name, AItem.Map);
@@ -178,6 +189,7 @@ std::string RunToJson(const TNamedRun& ANamed, TPictures& APictures) {
                       return PlaceToJson(ABeacon).Text("identity", ABeacon.Identity).ToText();
                     }))
       .Json("zones", ArrayOf(Run.Zones, &ZoneToJson))
+      .Json("edges", ArrayOf(Run.Edges, &EdgeToJson))
       .Json("pois",
             ArrayOf(Run.Pois,
                     [](const TPoi& APoi) {

@@ -80,6 +80,11 @@ struct TRunRecord {
     System::TPointF Place;
     bool IsPathNode = false;
   };
+  struct TEdge {
+    int Map = 0;
+    System::TPointF From;
+    System::TPointF To;
+  };
   struct TPosition {
     double Seconds = 0.0;
     int Map = 0;
@@ -111,6 +116,7 @@ struct TRunRecord {
   std::vector<TBeacon> Beacons;
   std::vector<TZone> Zones;
   std::vector<TPoi> Pois;
+  std::vector<TEdge> Edges;  ///< of the walkable paths
   std::vector<TPosition> Positions;
   std::vector<TTruth> Truth;
   std::vector<TSignal> Signals;

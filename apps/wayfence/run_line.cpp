@@ -73,6 +73,11 @@ TPointF TRunLine::GetPoint(const char* AX, const char* AY) const {
   return {GetCoordinate(Get(AX), AX), GetCoordinate(Get(AY), AY)};
 }
 
+TPointF TRunLine::GetPoint(const TJson& AJson, const char* AName) const {
+  if (!AJson.is_array() || AJson.size() != 2) Refuse(fmt::format("'{}' is not [x, y]", AName));
+  return {GetCoordinate(AJson[0], AName), GetCoordinate(AJson[1], AName)};
+}
+
 TRectF TRunLine::GetRect(const char* AName) const {
   const TJson& Value = GetArray(AName);
   if (Value.size() != 4) Refuse(fmt::format("'{}' is not [left, top, right, bottom]", AName));

@@ -25,11 +25,12 @@ class TRunLine {
   int GetInteger(const char* AName, int AFrom, int ATo) const;
   /// A point in map units.
   System::TPointF GetPoint(const char* AX, const char* AY) const;
+  /// `[x, y]`.
+  System::TPointF GetPoint(const char* AName) const { return GetPoint(Get(AName), AName); }
+  System::TPointF GetPoint(const nlohmann::json& AJson, const char* AName) const;
   /// `[left, top, right, bottom]`.
   System::TRectF GetRect(const char* AName) const;
   const nlohmann::json& GetArray(const char* AName) const;
-  /// A coordinate in map units.
-  float GetCoordinate(const nlohmann::json& AJson, const char* AName) const;
 
   /// "FILE:LINE".
   const std::string& GetPlace() const { return FPlace; }
@@ -37,6 +38,7 @@ class TRunLine {
 
  private:
   const nlohmann::json& Get(const char* AName) const;
+  float GetCoordinate(const nlohmann::json& AJson, const char* AName) const;
 
   const nlohmann::json& FJson;
   const std::string FPlace;

@@ -57,7 +57,7 @@ TRunRecord::TMap ReadMap(const TRunLine& ALine) {
 std::string IdentityOf(const TRunLine& ALine) {
   std::string Result = ALine.GetText("kind");
   for (const char* Name : {"uuid", "namespace", "instance"})
-    if (ALine.Has(Name)) Result += " " + ALine.GetText(Name);
+    if (ALine.Has(Name)) (Result += ' ') += ALine.GetText(Name);
   for (const char* Name : {"major", "minor"})
     if (ALine.Has(Name))
       Result += fmt::format(" {} {:.0f}", Name, ALine.GetNumber(Name, -1e9, 1e9));
@@ -66,11 +66,8 @@ std::string IdentityOf(const TRunLine& ALine) {
 
 std::vector<TPointF> OutlineOf(const TRunLine& ALine) {
   std::vector<TPointF> Result;
-  for (const TJson& Point : ALine.GetArray("outline")) {
-    if (!Point.is_array() || Point.size() != 2) ALine.Refuse("'outline' is no list of [x, y]");
-    Result.push_back(
-        {ALine.GetCoordinate(Point[0], "outline"), ALine.GetCoordinate(Point[1], "outline")});
-  }
+  for (const TJson& Point : ALine.GetArray("outline"))
+    Result.push_back(ALine.GetPoint(Point, "outline"));
   return Result;
 }
 
@@ -96,6 +93,9 @@ void ReadHeader(const TRunLine& ALine, TRunRecord& ARun) {
   });
   ForEach("zones", [&](const TRunLine& AItem) {
     ARun.Zones.push_back({AItem.GetText("name"), MapOf(AItem), OutlineOf(AItem)});
+  });
+  ForEach("edges", [&](const TRunLine& AItem) {
+    ARun.Edges.push_back({MapOf(AItem), AItem.GetPoint("from"), AItem.GetPoint("to")});
   });
   ForEach("pois", [&](const TRunLine& AItem) {
     const bool IsPathNode = !AItem.Has("type") || AItem.GetText("type") == "poiPathNode";

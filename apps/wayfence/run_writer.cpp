@@ -29,6 +29,10 @@ std::string RectToJson(const TRectF& ARect) {
   return fmt::format("[{}, {}, {}, {}]", ARect.Left, ARect.Top, ARect.Right, ARect.Bottom);
 }
 
+std::string PointToJson(TPointF APoint) {
+  return fmt::format("[{:.3f}, {:.3f}]", APoint.X, APoint.Y);
+}
+
 /// Texts joined as a JSON array.
 class TJsonArray {
  public:
@@ -48,14 +52,23 @@ std::string AddressOf(const TPicture& APicture) {
   return "data:image/png;base64," + Digits;
 }
 
-/// The floor with its paths; zones and beacons are drawn from what the header tells of them.
+/// The floor's own picture; what stands on it is drawn from what the header tells of it.
 void AddPicture(TJsonLine& ALine, Scene::TScene& AScene, int AMap, const TRectF& ARect) {
   const float Longer = std::max(ARect.GetWidth(), ARect.GetHeight());
-  const TFloorOptions Options{.ShowZones = false, .ShowBeacons = false, .Margin = Longer / 50.0F};
+  const TFloorOptions Options{.ShowPaths = false,
+                              .ShowZones = false,
+                              .ShowBeacons = false,
+                              .Margin = Longer / 50.0F,
+                              .Background = TAlphaColor{0}};
   const int Width = FloorWidth(AScene, AMap, PictureSide, Options);
   const TFloorPicture Floor = DrawFloor(AScene, AMap, Width, Options);
   ALine.Text("picture", AddressOf(*Floor.Picture));
   ALine.Json("pictureRect", RectToJson(Floor.Rect));
+}
+
+bool HasPicture(const IDesignMap& AMap) {
+  const auto* const Shape = dynamic_cast<const Scene::Beacons::TMap*>(&AMap);
+  return Shape && Shape->GetBitmap() && !AMap.GetGlobalRect().IsEmpty();
 }
 
 std::string MapsToJson(Scene::TScene& AScene, const TFencingProject& AProject) {
@@ -67,7 +80,7 @@ std::string MapsToJson(Scene::TScene& AScene, const TFencingProject& AProject) {
     Line.Text("name", Map.GetName()).Json("rect", RectToJson(Rect));
     const auto* const Units = Supports<const IDesignMapUnits>(&Map);
     Line.Text("units", NameOf(Units ? Units->GetMeasureUnits() : TMeasureUnits::Meters));
-    if (!Rect.IsEmpty()) AddPicture(Line, AScene, static_cast<int>(I), Rect);
+    if (HasPicture(Map)) AddPicture(Line, AScene, static_cast<int>(I), Rect);
     Result.Add(Line.ToText());
   }
   return Result.ToText();
@@ -141,9 +154,23 @@ std::vector<TPointF> OutlineOf(const IDesignZone& AZone) {
 
 std::string ZoneToJson(const IDesignZone& AZone, std::size_t AMap) {
   TJsonArray Outline;
-  for (const TPointF& Point : OutlineOf(AZone))
-    Outline.Add(fmt::format("[{:.3f}, {:.3f}]", Point.X, Point.Y));
+  for (const TPointF& Point : OutlineOf(AZone)) Outline.Add(PointToJson(Point));
   return Placed(AZone.GetName(), AMap).Json("outline", Outline.ToText()).ToText();
+}
+
+/// The walkable paths; links between floors are left out.
+std::string EdgesToJson(const TFencingProject& AProject) {
+  TJsonArray Result;
+  for (const auto& [From, To] : AProject.Graph.GetPathEdges()) {
+    const TPathNodeInfo& Begin = AProject.GlobalPath[static_cast<std::size_t>(From)];
+    const TPathNodeInfo& End = AProject.GlobalPath[static_cast<std::size_t>(To)];
+    if (Begin.MapIndex < 0 || Begin.MapIndex != End.MapIndex) continue;
+    Result.Add(fmt::format(R"({{"map": {}, "from": {}, "to": {}}})",
+                           Begin.MapIndex,
+                           PointToJson(Begin.GlobalPosition),
+                           PointToJson(End.GlobalPosition)));
+  }
+  return Result.ToText();
 }
 
 std::string PoisToJson(const TFencingProject& AProject) {
@@ -178,6 +205,7 @@ TRunWriter::TRunWriter(std::string AFileName,
   Header.Number("run", 1).Text("project", AProject.ProjectName).Text("source", ASource);
   Header.Json("maps", MapsToJson(AScene, AProject)).Json("beacons", Beacons.ToText());
   Header.Json("zones", Zones.ToText()).Json("pois", PoisToJson(AProject));
+  Header.Json("edges", EdgesToJson(AProject));
   Line(Header.ToText());
 }
 
