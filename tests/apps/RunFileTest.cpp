@@ -36,9 +36,11 @@ TProjectBuilder MakeFloors() {
 std::uint32_t PixelAt(const TFloorPicture& APicture, float AX, float AY) {
   const auto [Width, Height] = APicture.Picture->GetSize();
   const TRectF& Rect = APicture.Rect;
-  const int X = static_cast<int>((AX - Rect.Left) / Rect.GetWidth() * static_cast<float>(Width));
-  const int Y = static_cast<int>((AY - Rect.Top) / Rect.GetHeight() * static_cast<float>(Height));
-  return APicture.Picture->GetPixels()[static_cast<std::size_t>(Y * Width + X)];
+  const auto Column =
+      static_cast<std::size_t>((AX - Rect.Left) / Rect.GetWidth() * static_cast<float>(Width));
+  const auto Row =
+      static_cast<std::size_t>((AY - Rect.Top) / Rect.GetHeight() * static_cast<float>(Height));
+  return APicture.Picture->GetPixels()[Row * static_cast<std::size_t>(Width) + Column];
 }
 
 TEST(FloorPicture, ShowsOneFloorAndLeavesTheSceneAsItWas) {
