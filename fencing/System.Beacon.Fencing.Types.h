@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/array.h"
 #include "platform/atomic_value.h"
@@ -209,6 +210,20 @@ enum class TFencingMapOption : std::uint8_t {
 };
 using TFencingMapOptions = TSet<TFencingMapOption>;
 
+/// Narrows down which zones a point may be in. Any thread.
+class IZoneFinder : public virtual IInterface {
+ public:
+  /// The indexes, in ascending order, of the zones that may be under a point (map units); all
+  /// others are not. False when it cannot tell, or knows other zones than these: then each has to
+  /// be asked.
+  virtual bool FindNear(const TArray<TRef<IDesignZone>>& AZones,
+                        TPointF APoint,
+                        std::vector<std::int32_t>& AnIndexes) const = 0;
+
+ protected:
+  ~IZoneFinder() = default;
+};
+
 // ---------------------------------------------------------------- orders of beacons
 
 /// By the distances of the sightings, nearest first; then sightings whose distance is unknown; then
@@ -265,6 +280,7 @@ struct TFencingMap {
   TRef<IDesignMap> Map;
   TFencingBeacons BeaconList;
   TArray<TRef<IDesignZone>> Zones;
+  TRef<IZoneFinder> ZoneFinder;  ///< of `Zones`; without one every zone is asked
 };
 
 // ---------------------------------------------------------------- TFencingProject

@@ -54,6 +54,22 @@ TFencingBeacons NearestFirst(const TFencingBeacons& AList, TNearnessOf&& ANearne
   return TFencingBeacons(std::move(Result));
 }
 
+/// Calls an operation for each zone under a point, in order, as long as it answers true.
+template <class TOperation>
+void AskZones(const TFencingMap& AMap, TPointF APoint, TOperation&& AOperation) {
+  const auto GoesOn = [&](const TRef<IDesignZone>& AZone) {
+    return !AZone || !AZone->IsUnderGlobalPoint(APoint) || AOperation(AZone);
+  };
+  std::vector<std::int32_t> Near;
+  if (AMap.ZoneFinder && AMap.ZoneFinder->FindNear(AMap.Zones, APoint, Near)) {
+    std::all_of(Near.begin(), Near.end(), [&](std::int32_t AnIndex) {
+      return GoesOn(AMap.Zones[static_cast<std::size_t>(AnIndex)]);
+    });
+    return;
+  }
+  std::all_of(AMap.Zones.begin(), AMap.Zones.end(), GoesOn);
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------- binding
@@ -133,15 +149,20 @@ TFencingBeacons TFencingMap::OrderedBeaconListTo(TPointF APoint) const {
 // ---------------------------------------------------------------- zones
 
 TRef<IDesignZone> TFencingMap::PointBelongsZone(TPointF APoint) const {
-  for (const TRef<IDesignZone>& Zone : Zones)
-    if (Zone && Zone->IsUnderGlobalPoint(APoint)) return Zone;
-  return nullptr;
+  TRef<IDesignZone> Result;
+  AskZones(*this, APoint, [&Result](const TRef<IDesignZone>& AZone) {
+    Result = AZone;
+    return false;
+  });
+  return Result;
 }
 
 TArray<TRef<IDesignZone>> TFencingMap::GetZonesOverPoint(TPointF APoint) const {
   std::vector<TRef<IDesignZone>> Result;
-  for (const TRef<IDesignZone>& Zone : Zones)
-    if (Zone && Zone->IsUnderGlobalPoint(APoint)) Result.push_back(Zone);
+  AskZones(*this, APoint, [&Result](const TRef<IDesignZone>& AZone) {
+    Result.push_back(AZone);
+    return true;
+  });
   return TArray<TRef<IDesignZone>>(std::move(Result));
 }
 

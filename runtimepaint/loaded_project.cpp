@@ -44,13 +44,6 @@ void RequireReadableInformation(Scene::TScene& AScene) {
   }
 }
 
-TRef<IBundle> ReadBundle(const TRef<ICanvas>& ACanvas, const std::string& AText) {
-  TRef<IBundle> Result = CreateBundleForCanvas(ACanvas);
-  if (!Result->UnserializeFromXML(AText))
-    throw EGeneralError(fmt::format(Messages::SNoBundle, Messages::SProjectText));
-  return Result;
-}
-
 TRef<Scene::TCamera> MakeCamera(Scene::TScene& AScene) {
   TRef<Scene::TCamera> Result = New<Scene::TCamera>();
   const TRectF Rect = AScene.GetRect();
@@ -74,7 +67,8 @@ TLoadedProject LoadProject(const std::string& AText, const TFencingOptions& AOpt
   TLoadedProject Result;
   Result.Canvas = New<Canvas::TWyxCanvas>();
   Result.Layer = New<Canvas::TWyxLayer>();
-  Result.Bundle = ReadBundle(Result.Canvas, AText);
+  Result.Bundle = CreateBundleForCanvas(Result.Canvas);
+  Result.Bundle->UnserializeFromXML(AText);
   Result.Scene = ReadSceneOf(Result.Bundle, std::string(Messages::SProjectText));
   RequireReadableInformation<IDesignShape>(*Result.Scene);
   RequireReadableInformation<IDesignBeacon>(*Result.Scene);

@@ -7,8 +7,6 @@ namespace System::Beacon::Fencing::Messages {
 
 // Of projects that are read; the first "{}" is where from.
 inline constexpr std::string_view SProjectText = "project text";
-inline constexpr std::string_view SNoBundle =
-    "{}: there is no <bundle>: give the text of a project's bundle";
 inline constexpr std::string_view SNoScene =
     "{}: there is no scene: the entry 'project' is missing";
 inline constexpr std::string_view SNotAScene =

@@ -13,6 +13,7 @@
 #include "runtimepaint/messages.h"
 #include "runtimepaint/monitored_regions.h"
 #include "runtimepaint/nodes_below.h"
+#include "runtimepaint/zone_finder.h"
 
 namespace System::Beacon::Fencing {
 namespace {
@@ -106,6 +107,7 @@ class TExtraction {
     Result.BeaconList = TFencingBeacons(std::move(Beacons));
     Result.Zones = TArray<TRef<IDesignZone>>(NodesBelow<IDesignZone>(Node));
     for (const TRef<IDesignZone>& Zone : Result.Zones) AddPoi(*Zone, TPOIType::poiZone, AIndex);
+    Result.ZoneFinder = New<TZoneFinder>(Result.Zones);
     return Result;
   }
 

@@ -29,11 +29,10 @@ inline int Difference(std::uint32_t A, std::uint32_t B) {
 
 /// How many pixels of two drawings differ. Edges that are cut by a clip are smoothed a little
 /// differently.
-inline int CountDifferent(const TDrawing& A, const TDrawing& B) {
-  constexpr int Allowed = 16;
+inline int CountDifferent(const TDrawing& A, const TDrawing& B, int AAllowed = 16) {
   int Result = 0;
   for (std::size_t I = 0; I < A.GetPixels().size(); ++I)
-    Result += Difference(A.GetPixels()[I], B.GetPixels()[I]) > Allowed ? 1 : 0;
+    Result += Difference(A.GetPixels()[I], B.GetPixels()[I]) > AAllowed ? 1 : 0;
   return Result;
 }
 
