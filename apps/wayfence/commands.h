@@ -103,6 +103,17 @@ struct TRouteArguments {
 };
 int RunRoute(const TRouteArguments& AArguments);
 
+struct TRenderArguments {
+  std::string Project;
+  std::string File;
+  int Map = 0;
+  int Width = 1024;  ///< pixels
+  std::vector<std::string> Options{"ShowBeacons", "ShowZones", "ShowPaths"};
+  int Rotation = 0;                ///< degrees
+  std::vector<std::string> Route;  ///< the names of two points of interest, or none
+};
+int RunRender(const TRenderArguments& AArguments);
+
 struct TBundleArguments {
   std::string Bundle;
   std::string SceneFile;           ///< of `create`

@@ -93,6 +93,34 @@ void AddRoute(CLI::App& AProgram, TCommand& AChosen) {
       "  wayfence route office.xml --from 1,6,0 --to Bookshelf");
 }
 
+void AddRender(CLI::App& AProgram, TCommand& AChosen) {
+  const auto Arguments = std::make_shared<TRenderArguments>();
+  CLI::App& Command =
+      Add(AProgram, "render", "Draws a floor of a project", AChosen, &RunRender, Arguments);
+  Command.add_option("PROJECT", Arguments->Project, ProjectHelp)->required();
+  Command.add_option("-o,--output", Arguments->File, "The picture to write, a PNG file")
+      ->required();
+  Command.add_option("--map", Arguments->Map, "Which map, from 0 on")->capture_default_str();
+  Command.add_option("--width", Arguments->Width, "Pixels; the height follows from the map")
+      ->check(CLI::Range(1, 32767))
+      ->capture_default_str();
+  Command.add_option("--options", Arguments->Options, "What to show beside the floor itself")
+      ->check(CLI::IsMember({"ShowBeacons", "ShowBeaconSignal", "ShowZones", "ShowPaths", "None"}))
+      ->capture_default_str();
+  Command.add_option("--rotation", Arguments->Rotation, "Degrees that the view is turned by")
+      ->check(CLI::Range(-180, 180))
+      ->capture_default_str();
+  Command
+      .add_option("--route",
+                  Arguments->Route,
+                  "Shows the shortest route between two points of interest: FROM TO")
+      ->expected(2);
+  Command.footer(
+      "Examples:\n"
+      "  wayfence render office.xml -o ground.png --route Entrance Bookshelf\n"
+      "  wayfence render office.xml -o upper.png --map 1 --width 2000 --options ShowZones");
+}
+
 void AddBundle(CLI::App& AProgram, TCommand& AChosen) {
   CLI::App& Group = *AProgram.add_subcommand("bundle", "Packs and unpacks project bundles");
   Group.require_subcommand(1);
@@ -224,6 +252,7 @@ void AddProjectCommands(CLI::App& AProgram, TCommand& ACommand) {
   AddInspect(AProgram, ACommand);
   AddCheck(AProgram, ACommand);
   AddRoute(AProgram, ACommand);
+  AddRender(AProgram, ACommand);
   AddBundle(AProgram, ACommand);
   AddProject(AProgram, ACommand);
 }

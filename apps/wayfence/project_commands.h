@@ -9,8 +9,8 @@ class App;
 
 namespace Wayfence {
 
-/// Adds `inspect`, `check`, `route`, `bundle` and `project`. When one of them is asked for, parsing
-/// sets `ACommand` to the call that runs it.
+/// Adds `inspect`, `check`, `route`, `render`, `bundle` and `project`. When one of them is asked
+/// for, parsing sets `ACommand` to the call that runs it.
 void AddProjectCommands(CLI::App& AProgram, std::function<int()>& ACommand);
 
 }  // namespace Wayfence
