@@ -78,10 +78,12 @@ double CovarianceOf(const std::vector<double>& A, const std::vector<double>& B) 
 }
 
 TEST(SimulatedRadio, MathIsThatOfTheStandardLibrary) {
-  for (double Value = 1e-30; Value < 1e30; Value *= 1.37)
-    EXPECT_NEAR(FixedLog10(Value), std::log10(Value), 1e-14 * std::max(1.0, std::log10(1e30)));
-  for (double Turns = -3.0; Turns < 3.0; Turns += 0.0137)
-    EXPECT_NEAR(CosineOfTurns(Turns), std::cos(2.0 * std::numbers::pi * Turns), 2e-15) << Turns;
+  for (int I = -300; I <= 300; ++I) {
+    const double Value = std::pow(10.0, I / 10.0) * 1.037;
+    EXPECT_NEAR(FixedLog10(Value), std::log10(Value), 3e-14) << Value;
+    const double Turns = I * 0.0137;
+    EXPECT_NEAR(CosineOfTurns(Turns), std::cos(2.0 * std::numbers::pi * Turns), 6e-15) << Turns;
+  }
 }
 
 TEST(SimulatedRadio, StrengthFollowsDistanceWallsAndFloors) {
