@@ -127,7 +127,8 @@ class TEventReader {
                               ALine.GetIndex("beacon", FRun.Beacons.size()),
                               ALine.GetInteger("rssi", -127, 20)});
     else if (Event == "Truth")
-      FRun.Truth.push_back({Seconds, MapOf(ALine), ALine.GetPoint("x", "y")});
+      FRun.Truth.push_back(
+          {Seconds, ALine.GetIndex("map", FRun.Maps.size()), ALine.GetPoint("x", "y")});
     else if (Event == "MapChange")
       AddMapChange(ALine, Seconds);
     else if (Event == "ArrivedToPOI")
@@ -137,12 +138,13 @@ class TEventReader {
   }
 
  private:
+  /// -1: the event was on no map.
   int MapOf(const TRunLine& ALine, const char* AName = "map") const {
-    return ALine.GetIndex(AName, FRun.Maps.size());
+    return ALine.GetInteger(AName, -1, static_cast<int>(FRun.Maps.size()) - 1);
   }
 
   void AddPosition(const TRunLine& ALine, double ASeconds) {
-    FMap = MapOf(ALine);
+    FMap = ALine.GetIndex("map", FRun.Maps.size());
     const TPointF Place = ALine.GetPoint("x", "y");
     const TPointF OnPath = ALine.Has("pathX") ? ALine.GetPoint("pathX", "pathY") : Place;
     FRun.Positions.push_back({ASeconds, FMap, Place, OnPath});
@@ -150,8 +152,7 @@ class TEventReader {
 
   void AddMapChange(const TRunLine& ALine, double ASeconds) {
     FMap = MapOf(ALine, "to");
-    const int From = ALine.GetInteger("from", -1, static_cast<int>(FRun.Maps.size()) - 1);
-    FRun.Events.push_back({ASeconds, "MapChange", {}, FMap, From, -1});
+    FRun.Events.push_back({ASeconds, "MapChange", {}, FMap, MapOf(ALine, "from"), -1});
   }
 
   void AddZone(const TRunLine& ALine, double ASeconds, const std::string& AEvent) {

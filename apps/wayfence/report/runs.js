@@ -31,7 +31,7 @@ function prepareRun(run) {
   }
   run.floorTimes = [];
   run.floors = [];
-  const stays = run.events.filter(event => event.kind === 'MapChange').map(event => [event.t, event.map]);
+  const stays = run.events.filter(event => event.kind === 'MapChange' && event.map >= 0).map(event => [event.t, event.map]);
   run.positions.t.forEach((time, i) => stays.push([time, run.positions.map[i]]));
   for (const [time, floor] of stays.sort((a, b) => a[0] - b[0])) {
     if (run.floors.at(-1) === floor) continue;
