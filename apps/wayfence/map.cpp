@@ -9,6 +9,7 @@
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/map_events.h"
 #include "apps/wayfence/map_session.h"
+#include "apps/wayfence/map_window.h"
 #include "platform/controls/offscreen_control.h"
 
 namespace Wayfence {
@@ -73,6 +74,21 @@ class TRouting {
   std::optional<std::int32_t> FPoi;  // until the route is shown
 };
 
+/// A window cannot be in simulated time: a recording then runs as fast as it was made.
+TSourceArguments SourceOf(const TMapArguments& AArguments) {
+  TSourceArguments Result = AArguments.From;
+  if (AArguments.Window && Result.Speed == 0.0) Result.Speed = 1.0;
+  return Result;
+}
+
+/// Shows the live map until the source has ended, the window is closed or the program interrupted.
+void ShowUntilEnd(TBeaconMapFencing& AComponent, TWatchedSource& ASource) {
+  constexpr std::int64_t TurnInMs = 50;
+  TMapWindow Window(AComponent.GetProjectInformation().ProjectName, AComponent);
+  while (TWindow::ProcessEvents(TurnInMs) && !ASource.GetEnded().IsSet() && !IsInterrupted())
+    Window.GetView().SetTime(ASource.GetSeconds());
+}
+
 TJsonLine StartedLine(const TMapArguments& AArguments, const TFencingProject& AProject) {
   TJsonLine Result(0.0, "Started");
   Result.Text("project", AProject.ProjectName);
@@ -92,7 +108,7 @@ TJsonLine FinishedLine(const TBeaconMapFencing& AComponent, double ASeconds) {
 }  // namespace
 
 int RunMap(const TMapArguments& AArguments) {
-  TMapSession Session(AArguments.From, AArguments.Project, AArguments.ComponentFile);
+  TMapSession Session(SourceOf(AArguments), AArguments.Project, AArguments.ComponentFile);
   TBeaconMapFencing& Component = Session.Component;
   TWatchedSource& Source = *Session.Run.Source;
   TRouting Routing(Component, AArguments.Route);
@@ -109,7 +125,10 @@ int RunMap(const TMapArguments& AArguments) {
   if (Source.IsLive()) std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   Print(StartedLine(AArguments, Component.GetProjectInformation()));
   Component.SetEnabled(true);
-  WaitForEnd(Session.Run);
+  if (AArguments.Window)
+    ShowUntilEnd(Component, Source);
+  else
+    WaitForEnd(Session.Run);
   const double Seconds = Source.GetSeconds();
   Component.SetEnabled(false);
   Events.TellMapChange();

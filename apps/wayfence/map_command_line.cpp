@@ -36,7 +36,11 @@ void AddPictures(CLI::App& ACommand, const std::shared_ptr<TMapArguments>& AArgu
       "--size",
       [AArguments](const std::string& AText) { AArguments->FrameSize = ReadPixels(AText); },
       "Their size, WIDTHxHEIGHT in pixels; by default 1280x800");
-  ACommand.add_flag("--window", AArguments->Window, "Show the live map in a window");
+  ACommand
+      .add_flag("--window",
+                AArguments->Window,
+                "Show the live map in a window; a recording then runs in real time")
+      ->excludes("--frames");
 }
 
 }  // namespace
