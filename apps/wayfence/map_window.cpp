@@ -7,14 +7,12 @@ using namespace System::Beacon::Fencing;
 
 namespace {
 
-constexpr int Width = 1000;
-constexpr int Height = 700;
 constexpr std::uint32_t RefreshInterval = 200;
 
 }  // namespace
 
-TMapWindow::TMapWindow(const std::string& ATitle, TCustomBeaconMapFencing& AMap)
-    : FWindow(ATitle, Width, Height), FView(FWindow, AMap) {
+TMapWindow::TMapWindow(const std::string& ATitle, TCustomBeaconMapFencing& AMap, TPictureSize ASize)
+    : FWindow(ATitle, ASize.Width, ASize.Height), FView(FWindow, AMap) {
   FView.SetOnEscape(Bind<&TMapWindow::Escape>(this));
   FTimer.SetInterval(RefreshInterval);
   FTimer.SetOnTimer(Bind<&TMapView::Refresh>(&FView));

@@ -14,7 +14,9 @@ namespace Wayfence {
 class TMapWindow final : public System::TObject {
  public:
   /// The component must outlive the window.
-  TMapWindow(const std::string& ATitle, System::Beacon::Fencing::TCustomBeaconMapFencing& AMap);
+  TMapWindow(const std::string& ATitle,
+             System::Beacon::Fencing::TCustomBeaconMapFencing& AMap,
+             System::TPictureSize ASize = {1000, 700});
 
   TMapView& GetView() noexcept { return FView; }
   System::TWindow& GetWindow() noexcept { return FWindow; }

@@ -27,8 +27,8 @@ TEST(MapWindow, ShowsTheMapThatKeysChange) {
   setenv("SDL_FRAMEBUFFER_ACCELERATION", "0", 1);
   const std::string Text = MakeExampleProject().MakeBundle()->SerializeToXML();
   TBeaconMapFencing Shown(nullptr), Expected(nullptr);
-  TMapWindow Window("office", Shown);
-  TOffscreenControl Control(1000, 700);
+  TMapWindow Window("office", Shown, {600, 400});
+  TOffscreenControl Control(600, 400);
   TMapView View(Control, Expected);
   for (TBeaconMapFencing* Map : {&Shown, &Expected}) {
     Map->SetXMLMap(Text);
@@ -47,7 +47,7 @@ TEST(MapWindow, ShowsTheMapThatKeysChange) {
     View.Refresh();
     Control.Update();
     const auto IsShown = [&] {
-      return std::ranges::equal(Display.GetPixels(Found, 1000, 700),
+      return std::ranges::equal(Display.GetPixels(Found, 600, 400),
                                 Control.GetDrawing().GetPixels());
     };
     const TTicks Deadline = After(Ticks(), 60 * TicksPerSecond);
