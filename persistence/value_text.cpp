@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <system_error>
@@ -32,6 +33,39 @@ std::string_view Shown(std::string_view AText) {
 void AppendInteger(std::string& AText, std::int64_t AValue) {
   std::array<char, 24> Buffer;
   AText.append(Buffer.data(), std::to_chars(Buffer.begin(), Buffer.end(), AValue).ptr);
+}
+
+/// Appends AWidth digits of a number, zeros in front.
+void AppendDigits(std::string& AText, std::uint64_t AValue, std::size_t AWidth) {
+  const std::size_t Start = AText.size();
+  AText.resize(Start + AWidth);
+  for (std::size_t I = AWidth; I > 0; --I, AValue /= 10)
+    AText[Start + I - 1] = static_cast<char>('0' + AValue % 10);
+}
+
+/// The usual numbers, 0.001 to a million, with 15 significant digits, exactly: the fraction, at
+/// most 33 bits, times a power of ten, nine digits first and then the rest. Others are left alone.
+bool AppendUsualFloat(std::string& AText, float AValue) {
+  const float Magnitude = std::abs(AValue);
+  if (!(Magnitude >= 0.001F && Magnitude < 1E6F)) return false;
+  const auto Bits = std::bit_cast<std::uint32_t>(Magnitude);
+  const std::uint64_t Mantissa = (Bits & 0x7FFFFF) | 0x800000;
+  const std::uint32_t Shift = 150 - (Bits >> 23);
+  const std::uint64_t Mask = (std::uint64_t{1} << Shift) - 1;
+  const std::uint64_t Whole = Mantissa >> Shift;
+  std::size_t Places = Whole > 0 || Magnitude >= 0.1F ? 15 : Magnitude >= 0.01F ? 16 : 17;
+  std::uint64_t Power = Places == 15 ? 1'000'000 : Places == 16 ? 10'000'000 : 100'000'000;
+  for (std::uint64_t Rest = Whole; Rest > 0; Rest /= 10, --Places) Power /= 10;
+  const std::uint64_t High = (Mantissa & Mask) * 1'000'000'000;
+  const std::uint64_t Low = (High & Mask) * Power;
+  const std::uint64_t Half = (Mask >> 1) + 1;
+  std::uint64_t Digits = (High >> Shift) * Power + (Low >> Shift);
+  if ((Low & Mask) > Half || ((Low & Mask) == Half && Digits % 2 == 1)) ++Digits;
+  for (; Digits % 10 == 0; Digits /= 10) --Places;
+  if (AValue < 0.0F) AText += '-';
+  AppendInteger(AText, static_cast<std::int64_t>(Whole));
+  AppendDigits(AText += '.', Digits, Places);
+  return true;
 }
 
 template <class... TFloats>
@@ -226,6 +260,7 @@ void AppendFloat(std::string& AText, float AValue) {
   if (!std::isfinite(AValue)) Refuse(Messages::SNotFinite, AValue);
   if (std::abs(AValue) < Whole && AValue == std::trunc(AValue) && AValue != 0.0F)
     return AppendInteger(AText, static_cast<std::int64_t>(AValue));
+  if (AppendUsualFloat(AText, AValue)) return;
   std::array<char, 32> Buffer;
   const auto Written =
       std::to_chars(Buffer.begin(), Buffer.end(), double{AValue}, std::chars_format::general, 15);

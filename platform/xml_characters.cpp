@@ -102,13 +102,15 @@ std::size_t FindNoXMLCharacter(std::string_view AText) noexcept {
 }
 
 std::size_t XMLNameLength(std::string_view AText) noexcept {
-  TUTF8Character Character = DecodeUTF8(AText);
-  if (Character.Length == 0 || RoleOf(Character.Code) != Start) return 0;
   std::size_t At = 0;
-  while (Character.Length != 0 && RoleOf(Character.Code) != None) {
+  while (At < AText.size()) {
+    const auto Byte = static_cast<unsigned char>(AText[At]);
+    const bool IsASCII = Byte < 0x80;
+    const TUTF8Character Character =
+        IsASCII ? TUTF8Character{Byte, 1} : DecodeUTF8(AText.substr(At));
+    const TNameRole Role = Character.Length == 0 ? None : RoleOf(Character.Code);
+    if (Role == None || (At == 0 && Role != Start)) break;
     At += Character.Length;
-    while (At < AText.size() && ByteRoles[static_cast<unsigned char>(AText[At])] != None) ++At;
-    Character = DecodeUTF8(AText.substr(At));
   }
   return At;
 }

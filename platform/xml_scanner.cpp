@@ -168,6 +168,11 @@ void TXMLScanner::CheckEncoding(std::string_view AName) const {
 
 TXMLToken::TKind TXMLScanner::EndTag() {
   const std::size_t Start = FAt - 2;
+  if (!FOpen.empty() && Skip(FOpen.back()) && Skip('>')) {  // as nearly all are written
+    FOpen.pop_back();
+    return TXMLToken::TKind::EndTag;
+  }
+  FAt = Start + 2;
   const std::string_view Closed = Name();
   if (FOpen.empty()) Refuse(Start, Messages::SXMLNothingToEnd, Shortened(Closed));
   const std::string_view Open = FOpen.back();

@@ -13,6 +13,7 @@
 
 #include "map/System.Beacon.Fencing.Scene.Beacons.h"
 #include "persistence/System.Beacon.Fencing.RttiUtils.h"
+#include "persistence/value_text.h"
 #include "platform/files.h"
 #include "scene/System.Beacon.Fencing.Scene.Shapes.h"
 #include "support/raised.h"
@@ -183,6 +184,24 @@ TEST_F(SerializerTest, EveryTypeHasItsTextAndComesBack) {
     EXPECT_NE(XML.find(fmt::format("<{}{}/{}>", Name, Text, Name)), std::string::npos) << XML;
     ASSERT_TRUE(Read(XML) && IsSame(Interface.Get(), Object.Get()));
     EXPECT_EQ(GetObjectPropertyValue(Object.Get(), Name), Value) << Text;
+  }
+}
+
+TEST(Floats, HaveFifteenDigitsOfTheirExactValue) {
+  std::mt19937 Random(1);
+  std::vector<float> Numbers{
+      0.001F, 0.01F, 0.1F, 999999.94F, 0.00999999978F, 1.0000001F, 524287.97F};
+  for (int I = 0; I < 200'000; ++I)
+    Numbers.push_back(std::ldexp(static_cast<float>(Random()), -static_cast<int>(Random() % 44)));
+  for (const float Number : Numbers) {
+    std::string Text;
+    AppendFloat(Text, -Number);
+    std::string Expected = fmt::format("{:.15G}", double{-Number});
+    if (const std::size_t Mark = Expected.find("E-0"); Mark != std::string::npos)
+      Expected.erase(Mark + 2, 1);
+    if (const std::size_t Mark = Expected.find("E+"); Mark != std::string::npos)
+      Expected.erase(Mark + 1, 1);
+    ASSERT_EQ(Text, Expected);
   }
 }
 
