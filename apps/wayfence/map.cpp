@@ -10,6 +10,7 @@
 #include "apps/wayfence/map_events.h"
 #include "apps/wayfence/map_session.h"
 #include "apps/wayfence/map_window.h"
+#include "apps/wayfence/run_recording.h"
 #include "platform/controls/offscreen_control.h"
 
 namespace Wayfence {
@@ -114,11 +115,18 @@ int RunMap(const TMapArguments& AArguments) {
   TRouting Routing(Component, AArguments.Route);
   std::optional<TFrames> Frames;
   if (!AArguments.FrameDirectory.empty()) Frames.emplace(Component, AArguments);
-  const auto Print = [](const TJsonLine& ALine) { ALine.Print(); };
+  std::optional<TRunRecording> Recording;
+  if (!AArguments.RunFile.empty())
+    Recording.emplace(Session, AArguments.RunFile, AArguments.From.Source, AArguments.TruthFile);
+  const auto Print = [&Recording](const TJsonLine& ALine) {
+    ALine.Print();
+    if (Recording) Recording->Line(ALine);
+  };
   TMapEvents Events(
       Component, [&Source] { return Source.GetSeconds(); }, Print);
   Events.OnPosition = [&] {
     Routing.Begin();
+    if (Recording) Recording->Signals(Source.GetSeconds());
     if (Frames) Frames->Draw(Source.GetSeconds());
   };
 
@@ -133,6 +141,7 @@ int RunMap(const TMapArguments& AArguments) {
   Component.SetEnabled(false);
   Events.TellMapChange();
   Print(FinishedLine(Component, Seconds));
+  if (Recording) Recording->Close();
   Source.ReportProblems();
   Source.RaiseError();
   return ExitDone;

@@ -28,6 +28,7 @@ class TTruth {
   /// `EFileError`, also for times that run backwards.
   static TTruth Read(const std::string& AFileName);
 
+  const std::vector<TRow>& GetRows() const noexcept { return FRows; }
   /// Where the device was on that map; nothing when no row lies within one second. During a jump
   /// the nearer of its two rows counts; with an `ASkip`, there is nothing from the middle of a jump
   /// until so many seconds after its end.

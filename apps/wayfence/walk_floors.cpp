@@ -1,32 +1,16 @@
 #include "apps/wayfence/walk_floors.h"
 
+#include "apps/wayfence/map_units.h"
+
 namespace Wayfence {
 
 using namespace System;
 using namespace System::Beacon;
 using namespace System::Beacon::Fencing;
 
-namespace {
-
-double MetresAUnitOf(IDesignMap* AMap) {
-  const auto* const Units = Supports<IDesignMapUnits>(AMap);
-  if (!Units) return 1.0;
-  switch (Units->GetMeasureUnits()) {
-    case TMeasureUnits::Centimeters:
-      return 0.01;
-    case TMeasureUnits::Meters:
-      return 1.0;
-    case TMeasureUnits::Inches:
-      return 0.0254;
-  }
-  return 1.0;
-}
-
-}  // namespace
-
 TWalkFloors::TWalkFloors(const TFencingProject& AProject) {
   for (const TFencingMap& Map : AProject.Maps) {
-    const double Metres = MetresAUnitOf(Map.Map.Get());
+    const double Metres = MetresPerUnit(Map.Map.Get());
     const TRectF Rect = Map.Map->GetGlobalRect();
     FFloors.push_back({Rect.Left * Metres, Rect.Top * Metres, Metres});
   }
