@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "apps/wayfence/component_loading.h"
-#include "apps/wayfence/project_file.h"
 #include "platform/errors.h"
 
 namespace Wayfence {
@@ -23,8 +22,7 @@ TSourceArguments WithProject(TSourceArguments AFrom, const std::string& AProject
 TMapSession::TMapSession(const TSourceArguments& AFrom,
                          const std::string& AProject,
                          const std::string& AComponentFile)
-    : Run(OpenRun(WithProject(AFrom, AProject))) {
-  const TProjectFile Project = OpenProject(AProject);  // tells faults by the name of the file
+    : Run(OpenRun(WithProject(AFrom, AProject))), Project(OpenProject(AProject)) {
   if (!AComponentFile.empty()) LoadStopped(Component, AComponentFile);
   if (Component.GetMapOptions().IsEmpty())
     Component.SetMapOptions({TFencingMapOption::ColorBeacon,

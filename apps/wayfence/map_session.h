@@ -5,6 +5,7 @@
 #include <string>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/project_file.h"
 #include "apps/wayfence/source.h"
 #include "fencing/System.Beacon.Fencing.h"
 
@@ -20,6 +21,7 @@ struct TMapSession {
               const std::string& AComponentFile);
 
   TRun Run;
+  const TProjectFile Project;  ///< a scene of its own: the one that the component shows is another
   System::Beacon::Fencing::TBeaconMapFencing Component;
 };
 

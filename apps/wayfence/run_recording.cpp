@@ -2,8 +2,6 @@
 
 #include "apps/wayfence/map_units.h"
 #include "apps/wayfence/truth.h"
-#include "platform/errors.h"
-#include "runtimepaint/System.Beacon.Fencing.RuntimePaint.Painter.h"
 
 namespace Wayfence {
 
@@ -11,24 +9,13 @@ using namespace System;
 using namespace System::Beacon;
 using namespace System::Beacon::Fencing;
 
-namespace {
-
-Scene::TScene& SceneOf(const TBeaconMapFencing& AComponent) {
-  const auto& Painter = dynamic_cast<const TBeaconFencingMapPainter&>(AComponent.GetRuntimeMap());
-  return dynamic_cast<Scene::TScene&>(*Painter.GetScene());
-}
-
-}  // namespace
-
 TRunRecording::TRunRecording(TMapSession& ASession,
                              const std::string& AFileName,
                              const std::string& ASource,
                              const std::string& ATruthFile)
     : FSession(ASession),
-      FWriter(AFileName,
-              SceneOf(ASession.Component),
-              ASession.Component.GetProjectInformation(),
-              ASource) {
+      FWriter(
+          AFileName, *ASession.Project.Scene, ASession.Component.GetProjectInformation(), ASource) {
   if (!ATruthFile.empty()) WriteTruth(ATruthFile);
 }
 
