@@ -85,6 +85,7 @@ TSourceArguments SourceOf(const TMapArguments& AArguments) {
 /// Shows the live map until the source has ended, the window is closed or the program interrupted.
 void ShowUntilEnd(TBeaconMapFencing& AComponent, TWatchedSource& ASource) {
   constexpr std::int64_t TurnInMs = 50;
+  CatchInterrupts();
   TMapWindow Window(AComponent.GetProjectInformation().ProjectName, AComponent);
   while (TWindow::ProcessEvents(TurnInMs) && !ASource.GetEnded().IsSet() && !IsInterrupted())
     Window.GetView().SetTime(ASource.GetSeconds());
