@@ -53,6 +53,7 @@ void TCustomBeaconMapFencing::SaveProjectToXML(const std::string& APath) const {
 bool TCustomBeaconMapFencing::HandOver(const std::string& AText) {
   const std::string Old = FRuntimeMap->GetXmlData();
   FRuntimeMap->SetXmlData(AText);
+  FRuntimeMap->SetMapOptions(GetMapOptions());
   const TLoadedRef Loaded = GetLoaded();
   try {
     TFencingProject Project = FRuntimeMap->GetProjectInformation();
