@@ -53,7 +53,8 @@ bool AppendUsualFloat(std::string& AText, float AValue) {
   const std::uint32_t Shift = 150 - (Bits >> 23);
   const std::uint64_t Mask = (std::uint64_t{1} << Shift) - 1;
   const std::uint64_t Whole = Mantissa >> Shift;
-  std::size_t Places = Whole > 0 || Magnitude >= 0.1F ? 15 : Magnitude >= 0.01F ? 16 : 17;
+  // As 32-bit numbers 0.001 and 0.1 lie above themselves, 0.01 below.
+  std::size_t Places = Whole > 0 || Magnitude >= 0.1F ? 15 : Magnitude > 0.01F ? 16 : 17;
   std::uint64_t Power = Places == 15 ? 1'000'000 : Places == 16 ? 10'000'000 : 100'000'000;
   for (std::uint64_t Rest = Whole; Rest > 0; Rest /= 10, --Places) Power /= 10;
   const std::uint64_t High = (Mantissa & Mask) * 1'000'000'000;
