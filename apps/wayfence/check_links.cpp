@@ -89,8 +89,10 @@ class TLinkCheck {
       FFaults.AddError(APlace,
                        Leads + ", which is no place, so there is no link; name a path node");
     else
-      FFaults.AddWarning(
-          APlace, Leads + ", which is no path node, so routes have a point without a name there; name a path node");
+      FFaults.AddWarning(APlace,
+                         Leads +
+                             ", which is no path node, so routes have a point without a name "
+                             "there; name a path node");
   }
 
   std::unordered_map<std::string, TNamesake> FByName;
