@@ -138,6 +138,7 @@ struct TProjectImportArguments {
   std::vector<std::string> GeoJsonFiles;
   std::string BeaconFile;  ///< empty: none
   std::vector<std::string> MapNames;
+  std::vector<std::string> Pictures;  ///< one for each map; "-" for none
   std::string Coordinates = "guess";  ///< or "degrees", "metres"
   TPair Origin;                       ///< longitude and latitude, or metres
   TPair Size;                         ///< metres

@@ -15,6 +15,9 @@ namespace {
 constexpr float Width = 20.0F;
 constexpr float Height = 12.0F;
 constexpr float PixelsPerMetre = 40.0F;
+// Of zones.
+constexpr TAlphaColor Blue{0xFF7DA7D9}, Teal{0xFF7CC4B0}, Amber{0xFFE8B84B}, Rose{0xFFD99AB5},
+    Sand{0xFFD8CDB0};
 constexpr const char* UUID = "2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6";
 constexpr const char* Namespace = "00112233445566778899";
 
@@ -67,13 +70,14 @@ void FurnishGroundFloor(TMapBuilder AMap) {
                              {{13, 7.5F}, {20, 7.5F}}}));
   Describe(*AMap.GetMap(), "level", "0");
   const auto Lobby = AMap.AddZone("Lobby", {0, 0, 6, 12});
+  Lobby->SetFillColor(Sand);
   Describe(*Lobby, "opening hours", "8 to 18");
-  AMap.AddZone("Meeting room", {6, 0, 13, 4.5F});
-  AMap.AddZone("Kitchen", {13, 0, 20, 4.5F});
-  AMap.AddCircularZone("Reception", {3, 3}, 1.5F);
+  AMap.AddZone("Meeting room", {6, 0, 13, 4.5F})->SetFillColor(Blue);
+  AMap.AddZone("Kitchen", {13, 0, 20, 4.5F})->SetFillColor(Teal);
+  AMap.AddCircularZone("Reception", {3, 3}, 1.5F)->SetFillColor(Amber);
   constexpr std::array<TPointF, 6> Workshop{
       {{6, 7.5F}, {20, 7.5F}, {20, 12}, {10, 12}, {10, 10}, {6, 10}}};
-  AMap.AddPathZone("Workshop", Workshop);
+  AMap.AddPathZone("Workshop", Workshop)->SetFillColor(Rose);
   AddBeacons(AMap, "Ground", 1);
   AMap.AddEddystone("Reception desk", {3, 3}, Namespace, "000000000001");
   const auto Hall = AMap.AddPath("Hall",
@@ -101,11 +105,12 @@ void FurnishUpperFloor(TMapBuilder AMap) {
                              {{7, 7.5F}, {14, 7.5F}},
                              {{14, 7.5F}, {14, 12}}}));
   Describe(*AMap.GetMap(), "level", "1");
-  AMap.AddZone("Office", {0, 0, 10, 4.5F});
-  AMap.AddZone("Laboratory", {10, 0, 20, 4.5F});
+  AMap.AddZone("Office", {0, 0, 10, 4.5F})->SetFillColor(Blue);
+  AMap.AddZone("Laboratory", {10, 0, 20, 4.5F})->SetFillColor(Teal);
   const auto Library = AMap.AddZone("Library", {0, 7.5F, 14, 12});
+  Library->SetFillColor(Rose);
   Describe(*Library, "quiet", "yes");
-  AMap.AddCircularZone("Sofa", {17, 10}, 1.5F);
+  AMap.AddCircularZone("Sofa", {17, 10}, 1.5F)->SetFillColor(Amber);
   AddBeacons(AMap, "Upper", 2);
   const auto Gallery = AMap.AddPath("Gallery",
                                     {{"Stairs, upper floor", {19, 6}},

@@ -56,7 +56,8 @@ struct TImportedFloor {
   std::vector<TImportedBeacon> Beacons;
   double Width = 0.0;  ///< metres
   double Height = 0.0;
-  TPlace Corner;  ///< where in a plan in metres, Y downwards, the map begins
+  TPlace Corner;        ///< where in a plan in metres, Y downwards, the map begins
+  std::string Picture;  ///< a PNG, JPEG or WebP file; empty: none
 };
 
 using TImportedFloors = std::vector<TImportedFloor>;

@@ -22,6 +22,9 @@ using TMapBeacon = Scene::Beacons::TBeacon;
 
 namespace {
 
+// Of floors without a picture, and of zones.
+constexpr TAlphaColor Paper{0xFFF8F8F3}, Blue{0xFF7DA7D9};
+
 TPointF PointOf(TPlace APlace) {
   return {static_cast<float>(APlace.X), static_cast<float>(APlace.Y)};
 }
@@ -94,6 +97,8 @@ class TImporter {
     FNumbers = {};
     TMapBuilder Map = FProject.AddMap(
         AFloor.Thing.Name, static_cast<float>(AFloor.Width), static_cast<float>(AFloor.Height));
+    Map.GetMap()->SetFillColor(Paper);
+    if (!AFloor.Picture.empty()) Map.SetPicture(AFloor.Picture);
     DescribeAll(*Map.GetMap(), AFloor.Thing.Description);
     for (const TImportedZone& Zone : AFloor.Zones) AddZone(Map, Zone);
     for (const TPathGraph& Graph : JoinLines(AFloor, FWarnings)) AddPath(Map, Graph);
@@ -110,10 +115,13 @@ class TImporter {
   void AddZone(TMapBuilder& AMap, const TImportedZone& AZone) {
     const std::string Name = NameOf(AZone.Thing.Name, "zone", FNumbers.Zones);
     if (TRectF Rect; IsRectangle(AZone.Corners, Rect)) {
-      DescribeAll(*AMap.AddZone(Name, Rect), AZone.Thing.Description);
+      const auto Zone = AMap.AddZone(Name, Rect);
+      Zone->SetFillColor(Blue);
+      DescribeAll(*Zone, AZone.Thing.Description);
       return;
     }
     const auto Zone = AMap.AddPathZone(Name, {});
+    Zone->SetFillColor(Blue);
     Zone->SetControlPoints(PointsOf(AZone.Corners));
     DescribeAll(*Zone, AZone.Thing.Description);
   }

@@ -199,6 +199,10 @@ void AddImport(CLI::App& AGroup, TCommand& AChosen) {
   CLI::Option& Beacons =
       *Command.add_option("--beacons", Arguments->BeaconFile, "A list of beacons");
   Command.add_option("--map", Arguments->MapNames, "Names of the maps, in their order");
+  Command.add_option("--picture",
+                     Arguments->Pictures,
+                     "Pictures of the maps, in their order: PNG, JPEG or WebP files that show the\n"
+                     "whole map, or '-' for none");
   Command
       .add_option("--coordinates",
                   Arguments->Coordinates,

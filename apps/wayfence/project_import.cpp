@@ -72,6 +72,14 @@ void NameMaps(TImportedFloors& AFloors, const std::vector<std::string>& ANames) 
   }
 }
 
+void GivePictures(TImportedFloors& AFloors, const std::vector<std::string>& APictures) {
+  if (APictures.size() > AFloors.size())
+    throw EGeneralError(fmt::format(
+        "{} pictures of maps are named, {} maps are there", APictures.size(), AFloors.size()));
+  for (std::size_t I = 0; I < APictures.size(); ++I)
+    if (APictures[I] != "-") AFloors[I].Picture = APictures[I];
+}
+
 void PrintWarnings(const TWarnings& AWarnings) {
   constexpr std::size_t MaxPrinted = 20;
   const std::size_t Printed = std::min(AWarnings.size(), MaxPrinted);
@@ -103,6 +111,7 @@ int RunProjectImport(const TProjectImportArguments& AArguments) {
   TImportedFloors Floors = ReadAll(AArguments, Warnings);
   KeepFirstBeacons(Floors, Warnings);
   NameMaps(Floors, AArguments.MapNames);
+  GivePictures(Floors, AArguments.Pictures);
   BuildProject(StemOf(AArguments.File), Floors, Warnings).Save(AArguments.File);
   PrintWarnings(Warnings);
   PrintSummary(AArguments.File, Floors);
