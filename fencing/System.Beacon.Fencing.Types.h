@@ -165,11 +165,11 @@ using TPathSegments = TArray<TSegment>;
 /// What stands behind a node of the path graph.
 struct TPathNodeInfo {
   TPointF GlobalPosition;  ///< map units
-  std::int32_t MapIndex = 0;
+  std::int32_t MapIndex = -1;
   TRef<IDesignMap> Map;
-  std::int32_t PathIndex = 0;
+  std::int32_t PathIndex = -1;
   TRef<IDesignMapPath> Path;
-  std::int32_t NodeIndex = 0;
+  std::int32_t NodeIndex = -1;
   TRef<IDesignShape> Node;
 };
 
