@@ -1,13 +1,16 @@
-// The live map in a window, driven by real keys.
+// The live map in a window: driven by real keys, and by an application that does everything.
 #include "apps/wayfence/map_window.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <optional>
 
 #include "apps/wayfence/example_project.h"
 #include "platform/controls/offscreen_control.h"
+#include "support/environment.h"
+#include "support/live_map_stress.h"
 #include "window/x_display.h"
 
 namespace Wayfence {
@@ -16,15 +19,24 @@ namespace {
 using namespace System;
 using namespace System::Beacon::Fencing;
 
-TEST(MapWindow, ShowsTheMapThatKeysChange) {
+class MapWindow : public testing::Test {
+ protected:
+  void SetUp() override {
 #ifdef __SANITIZE_THREAD__
-  GTEST_SKIP() << "the window libraries start threads that ThreadSanitizer cannot follow";
+    GTEST_SKIP() << "the window libraries start threads that ThreadSanitizer cannot follow";
 #endif
-  TXDisplay Display;
-  if (!Display.GetProblem().empty()) GTEST_SKIP() << Display.GetProblem();
-  setenv("SDL_VIDEODRIVER", "x11", 1);
-  setenv("SDL_RENDER_DRIVER", "software", 1);
-  setenv("SDL_FRAMEBUFFER_ACCELERATION", "0", 1);
+    OnDisplay.emplace();
+    if (!OnDisplay->GetProblem().empty()) GTEST_SKIP() << OnDisplay->GetProblem();
+    setenv("SDL_VIDEODRIVER", "x11", 1);
+    setenv("SDL_RENDER_DRIVER", "software", 1);
+    setenv("SDL_FRAMEBUFFER_ACCELERATION", "0", 1);
+  }
+
+  std::optional<TXDisplay> OnDisplay;
+};
+
+TEST_F(MapWindow, ShowsTheMapThatKeysChange) {
+  TXDisplay& Display = *OnDisplay;
   const std::string Text = MakeExampleProject().MakeBundle()->SerializeToXML();
   TBeaconMapFencing Shown(nullptr), Expected(nullptr);
   TMapWindow Window("office", Shown, {600, 400});
@@ -57,6 +69,16 @@ TEST(MapWindow, ShowsTheMapThatKeysChange) {
   Display.TypeKey(Found, 9);  // Escape
   TWindow::Run();
   EXPECT_FALSE(Window.GetWindow().IsOpen());
+}
+
+TEST_F(MapWindow, StaysWholeWhateverTheApplicationDoes) {
+  const TTicks End = Ticks() + FromEnvironment("WAYFENCE_STRESS_SECONDS", 2) * TicksPerSecond;
+  TWindow Window("stress", 300, 200);
+  TLiveMapStress Stress(7, {500, 4, 20}, Window);
+  while (!HasFailure() && (Ticks() < End || Stress.GetPositionCount() < 50)) {
+    Stress.Step();
+    TWindow::ProcessEvents(1);
+  }
 }
 
 }  // namespace
