@@ -276,10 +276,10 @@ void TCustomBeaconMapFencing::StopProcess() {
 
 void TCustomBeaconMapFencing::BeginProcess() {
   if (FXMLMap.empty() && FRuntimeMap->GetProjectInformation().Maps.IsEmpty())
-    RaiseComponentError(Messages::SNoMapInformation);
+    RaiseComponentError(Messages::SNoFencingMap);
   TBluetoothLEManager::GetCurrentManager().GetIsSupported();
   HandOver(FXMLMap);
-  if (GetLoaded()->Project.Maps.IsEmpty()) RaiseComponentError(Messages::SNoMapInformation);
+  if (GetLoaded()->Project.Maps.IsEmpty()) RaiseComponentError(Messages::SNoFencingMap);
   CreateParticlesFilter();
   ConfigureBeaconManager();
   if (FSource) FBeaconManager->SetSource(FSource);

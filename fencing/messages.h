@@ -22,7 +22,7 @@ inline constexpr std::string_view SBeaconsToUse =
     "Number of beacons to use should be greater than 0";
 inline constexpr std::string_view SInvalidMapIndex = "{} is not a valid map index";
 
-inline constexpr std::string_view SNoMapInformation = "There is no fencing map information";
+inline constexpr std::string_view SNoFencingMap = "There is no fencing map information";
 inline constexpr std::string_view SNoCalculatorClass =
     "Cannot continue, position calculator class not found";
 inline constexpr std::string_view SNoRuntimeMapClass =
