@@ -70,7 +70,8 @@ struct TSimulateArguments {
 int RunSimulate(const TSimulateArguments& AArguments);
 
 struct TEvaluateArguments {
-  std::string BeaconFile;
+  std::string BeaconFile;  ///< empty: a project is evaluated
+  std::string Project;
   TSourceArguments From;
   std::string TruthFile;
   double Width = 0.0;  ///< metres
@@ -81,6 +82,11 @@ struct TEvaluateArguments {
   double Skip = 3.0;        ///< seconds
   std::string OptionsFile;  ///< empty: the defaults
   bool Json = false;
+  // of a project
+  std::string ComponentFile;  ///< empty: none
+  std::string Route;          ///< a point of interest; empty: none
+  std::string PictureFile;    ///< empty: none
+  double Tolerance = 5.0;     ///< seconds
 };
 int RunEvaluate(const TEvaluateArguments& AArguments);
 

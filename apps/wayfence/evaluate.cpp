@@ -7,6 +7,7 @@
 #include "apps/wayfence/baselines.h"
 #include "apps/wayfence/beacon_list.h"
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/evaluate_project.h"
 #include "apps/wayfence/filter_options.h"
 #include "apps/wayfence/position_errors.h"
 #include "apps/wayfence/position_run.h"
@@ -26,8 +27,7 @@ struct TComparison {
   std::size_t Estimates = 0;
   TPositionErrors Raw, Reported, Nearest, Centroid, LeastSquares;
 
-  using TEntry = std::pair<const char*, const TPositionErrors*>;
-  std::vector<TEntry> GetEntries() const {
+  TNamedErrors GetEntries() const {
     return {{"raw", &Raw},
             {"reported", &Reported},
             {"nearest", &Nearest},
@@ -61,14 +61,6 @@ void LoadOptions(TParticleFilterOptions& AOptions, const TEvaluateArguments& AAr
   if (!AArguments.OptionsFile.empty()) LoadFilterOptions(AOptions, AArguments.OptionsFile);
   if (AArguments.Interval > 0) AOptions.SetUpdateInterval(AArguments.Interval);
   AOptions.SetSPC(AArguments.SPC);
-}
-
-TRun OpenSimulatedRun(const TSourceArguments& AFrom) {
-  TRun Result = OpenRun(AFrom);
-  if (!Result.Simulation)
-    throw EBeaconSourceError(
-        fmt::format("{}: nobody knows where a radio is; name a recording", AFrom.Source));
-  return Result;
 }
 
 TComparison Compare(
@@ -114,21 +106,15 @@ void PrintJson(const TComparison& AComparison) {
 }
 
 void PrintTable(const TComparison& AComparison) {
-  std::string Text =
-      fmt::format("{} estimates, errors in metres\n\n{:14}", AComparison.Estimates, "");
-  for (const auto& Figure : AComparison.Raw.GetFigures()) Text += fmt::format("{:>9}", Figure.Name);
-  for (const auto& [Name, Errors] : AComparison.GetEntries()) {
-    Text += fmt::format("\n{:14}", Name);
-    for (const auto& Figure : Errors->GetFigures())
-      Text += std::isnan(Figure.Value) ? fmt::format("{:>9}", "-")
-                                       : fmt::format("{:9.3f}", Figure.Value);
-  }
-  std::printf("%s\n", Text.c_str());
+  fmt::print("{} estimates, errors in metres\n\n{}",
+             AComparison.Estimates,
+             ErrorTable(AComparison.GetEntries()));
 }
 
 }  // namespace
 
 int RunEvaluate(const TEvaluateArguments& AArguments) {
+  if (!AArguments.Project.empty()) return EvaluateProject(AArguments);
   const TBeaconFile Beacons = ReadBeaconFile(AArguments.BeaconFile);
   WarnOfBeacons(Beacons, AArguments.BeaconFile);
   const TTruth Truth = TTruth::Read(AArguments.TruthFile);
@@ -136,7 +122,8 @@ int RunEvaluate(const TEvaluateArguments& AArguments) {
   LoadOptions(Options, AArguments);
   const TRectF Area{
       0.0F, 0.0F, static_cast<float>(AArguments.Width), static_cast<float>(AArguments.Height)};
-  TRun Run = OpenSimulatedRun(AArguments.From);
+  TRun Run = OpenRun(AArguments.From);
+  RefuseRadio(Run, AArguments.From);
   TPositionRun Positions(Run, Beacons.Beacons, Options, Area, AArguments.DeathTime);
   Positions.Perform();
   const TComparison Comparison = Compare(Positions, Truth, Beacons.Map, AArguments.Skip, Area);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/evaluate_command_line.h"
 #include "apps/wayfence/map_command_line.h"
 #include "apps/wayfence/project_commands.h"
 #include "apps/wayfence/source_command_line.h"
@@ -103,86 +104,6 @@ CLI::App* AddSimulate(CLI::App& AProgram, TSimulateArguments& AArguments) {
   return &Command;
 }
 
-/// "WIDTHxHEIGHT", both positive numbers of metres.
-void ReadSize(const std::string& AText, TEvaluateArguments& AArguments) {
-  constexpr double MaxMetres = 1e5;
-  const char* const End = AText.data() + AText.size();
-  const auto Width = std::from_chars(AText.data(), End, AArguments.Width);
-  const bool HasHeight = Width.ec == std::errc() && Width.ptr != End && *Width.ptr == 'x';
-  const auto Height = std::from_chars(HasHeight ? Width.ptr + 1 : End, End, AArguments.Height);
-  const auto IsSize = [](double AValue) { return AValue > 0.0 && AValue <= MaxMetres; };
-  if (Height.ec != std::errc() || Height.ptr != End || !IsSize(AArguments.Width) ||
-      !IsSize(AArguments.Height))
-    throw CLI::ValidationError("--size", "'" + AText + "' is not WIDTHxHEIGHT in metres");
-}
-
-void AddEvaluateFiles(CLI::App& ACommand, TEvaluateArguments& AArguments) {
-  ACommand
-      .add_option("--beacons",
-                  AArguments.BeaconFile,
-                  "The beacons: columns x, y (metres), map, kind, uuid, major, minor, namespace, "
-                  "instance, power")
-      ->required();
-  AddSource(ACommand, AArguments.From, false);
-  ACommand.get_option("--source")->required();
-  ACommand
-      .add_option(
-          "--truth", AArguments.TruthFile, "The true positions: columns t (seconds), x, y, map")
-      ->required();
-  ACommand
-      .add_option_function<std::string>(
-          "--size",
-          [&AArguments](const std::string& AText) { ReadSize(AText, AArguments); },
-          "The area, WIDTHxHEIGHT in metres, from (0, 0) on")
-      ->required();
-  ACommand.add_option("--options",
-                      AArguments.OptionsFile,
-                      "A JSON file with properties of the particle filter: {\"BeaconsToUse\": 4}");
-}
-
-void AddEvaluateSettings(CLI::App& ACommand, TEvaluateArguments& AArguments) {
-  ACommand.add_option("--spc", AArguments.SPC, "The signal propagation constant")
-      ->check(CLI::Range(0.0, 10.0))
-      ->capture_default_str();
-  ACommand
-      .add_option("--death-time",
-                  AArguments.DeathTime,
-                  "Seconds without an advertisement after which a beacon is lost")
-      ->check(CLI::Range(1, 86'400))
-      ->capture_default_str();
-  ACommand
-      .add_option(
-          "--interval",
-          AArguments.Interval,
-          "Milliseconds between two steps of the filter; by default its UpdateInterval, 500")
-      ->check(CLI::Range(1, 3'600'000));
-  ACommand.add_option("--seed", AArguments.From.Seed, "Fixes every random number of the run")
-      ->capture_default_str();
-  ACommand
-      .add_option(
-          "--skip", AArguments.Skip, "Leave out so many seconds after the true position has jumped")
-      ->check(CLI::Range(0.0, 1e9))
-      ->capture_default_str();
-  ACommand.add_flag("--json", AArguments.Json, "Print one JSON object instead of a table");
-}
-
-CLI::App* AddEvaluate(CLI::App& AProgram, TEvaluateArguments& AArguments) {
-  CLI::App& Command = *AProgram.add_subcommand(
-      "evaluate", "Tells how far estimated positions are off, on a recording with known positions");
-  AddEvaluateFiles(Command, AArguments);
-  AddEvaluateSettings(Command, AArguments);
-  Command.footer(
-      "Errors are in metres. An estimate counts when a true position is known within one second "
-      "of\n"
-      "it. The true position has jumped when it is elsewhere after a pause, or faster than 3 m/s.\n"
-      "Example:\n"
-      "  wayfence evaluate --beacons beacons.csv --source walk.log --truth truth.csv "
-      "--size 20.66x17.64 --spc 0.752\n"
-      "  wayfence evaluate --beacons beacons.csv --source walk.log --truth truth.csv "
-      "--size 20.66x17.64 --json");
-  return &Command;
-}
-
 CLI::App* AddReport(CLI::App& AProgram, TReportArguments& AArguments) {
   CLI::App& Command = *AProgram.add_subcommand(
       "report", "Makes a page of runs, for any browser and without a network");
@@ -221,7 +142,6 @@ int main(int ACount, char** AValues) {
   TScanArguments Scan;
   TRecordArguments Record;
   TSimulateArguments Simulate;
-  TEvaluateArguments Evaluate;
   TReportArguments Report;
   std::function<int()> Command;
   AddZones(Program, Zones)->final_callback([&] { Command = [&] { return RunZones(Zones); }; });
@@ -230,9 +150,7 @@ int main(int ACount, char** AValues) {
   AddSimulate(Program, Simulate)->final_callback([&] {
     Command = [&] { return RunSimulate(Simulate); };
   });
-  AddEvaluate(Program, Evaluate)->final_callback([&] {
-    Command = [&] { return RunEvaluate(Evaluate); };
-  });
+  AddEvaluate(Program, Command);
   AddMap(Program, Command);
   AddReport(Program, Report)->final_callback([&] { Command = [&] { return RunReport(Report); }; });
   AddProjectCommands(Program, Command);

@@ -8,6 +8,7 @@
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/map_events.h"
+#include "apps/wayfence/map_route.h"
 #include "apps/wayfence/map_session.h"
 #include "apps/wayfence/map_window.h"
 #include "apps/wayfence/run_recording.h"
@@ -54,27 +55,6 @@ class TFrames {
   int FCount = 0;
 };
 
-/// Shows the way to a point of interest from the first position on.
-class TRouting {
- public:
-  TRouting(TBeaconMapFencing& AComponent, const std::string& AName)
-      : FComponent(AComponent), FName(AName) {
-    if (!AName.empty()) FPoi = IndexOfPoi(AComponent.GetProjectInformation(), AName);
-  }
-
-  void Begin() {
-    if (!FPoi) return;
-    if (!FComponent.ShowPathToNodeIndex(*FPoi))
-      std::fprintf(stderr, "wayfence: no path leads to '%s'\n", FName.c_str());
-    FPoi.reset();
-  }
-
- private:
-  TBeaconMapFencing& FComponent;
-  const std::string FName;
-  std::optional<std::int32_t> FPoi;  // until the route is shown
-};
-
 /// A window cannot be in simulated time: a recording then runs as fast as it was made.
 TSourceArguments SourceOf(const TMapArguments& AArguments) {
   TSourceArguments Result = AArguments.From;
@@ -113,7 +93,7 @@ int RunMap(const TMapArguments& AArguments) {
   TMapSession Session(SourceOf(AArguments), AArguments.Project, AArguments.ComponentFile);
   TBeaconMapFencing& Component = Session.Component;
   TWatchedSource& Source = *Session.Run.Source;
-  TRouting Routing(Component, AArguments.Route);
+  TMapRoute Route(Component, AArguments.Route);
   std::optional<TFrames> Frames;
   if (!AArguments.FrameDirectory.empty()) Frames.emplace(Component, AArguments);
   std::optional<TRunRecording> Recording;
@@ -126,7 +106,7 @@ int RunMap(const TMapArguments& AArguments) {
   TMapEvents Events(
       Component, [&Source] { return Source.GetSeconds(); }, Print);
   Events.OnPosition = [&] {
-    Routing.Begin();
+    Route.Begin();
     if (Recording) Recording->Signals(Source.GetSeconds());
     if (Frames) Frames->Draw(Source.GetSeconds());
   };

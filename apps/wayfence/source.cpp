@@ -147,6 +147,12 @@ TRun OpenRun(const TSourceArguments& AArguments) {
   return Result;
 }
 
+void RefuseRadio(const TRun& ARun, const TSourceArguments& AArguments) {
+  if (!ARun.Simulation)
+    throw EBeaconSourceError(
+        fmt::format("{}: nobody knows where a radio is; name a recording", AArguments.Source));
+}
+
 // ---------------------------------------------------------------- running
 
 void CatchInterrupts() {

@@ -60,6 +60,9 @@ struct TRun {
 /// standard error.
 TRun OpenRun(const TSourceArguments& AArguments);
 
+/// Raises `EBeaconSourceError` for a run that is not a recording: nobody knows where a radio is.
+void RefuseRadio(const TRun& ARun, const TSourceArguments& AArguments);
+
 /// The recording that a source names, or nothing when it names a radio. A simulated walk is a
 /// recording that is made while it is read; it goes through the project of the arguments.
 System::TRef<System::Beacon::IAdvertisementReader> OpenRecording(

@@ -79,7 +79,7 @@ bool TTruth::IsJump(const TRow& AFrom, const TRow& ATo) const {
   return Length > ShortestJump && (Length > FastestWalk * Time || Time > FPause);
 }
 
-std::optional<TPointF> TTruth::GetPlace(double ASeconds, int AMap, double ASkip) const {
+TTruth::TRowsAround TTruth::GetRowsAround(double ASeconds) const {
   const auto Next =
       std::upper_bound(FRows.begin(), FRows.end(), ASeconds, [](double ATime, const TRow& ARow) {
         return ATime < ARow.Seconds;
@@ -89,8 +89,18 @@ std::optional<TPointF> TTruth::GetPlace(double ASeconds, int AMap, double ASkip)
   const bool IsAfterNearer =
       After && !(Before && ASeconds - Before->Seconds <= After->Seconds - ASeconds);
   const TRow* const Nearest = IsAfterNearer ? After : Before;
-  if (!Nearest || Nearest->Map != AMap || std::abs(Nearest->Seconds - ASeconds) > FurthestRow)
-    return std::nullopt;
+  const bool IsNear = Nearest && std::abs(Nearest->Seconds - ASeconds) <= FurthestRow;
+  return {Before, After, IsNear ? Nearest : nullptr};
+}
+
+std::optional<int> TTruth::GetMap(double ASeconds) const {
+  const TRow* const Nearest = GetRowsAround(ASeconds).Nearest;
+  return Nearest ? std::optional(Nearest->Map) : std::nullopt;
+}
+
+std::optional<TPointF> TTruth::GetPlace(double ASeconds, int AMap, double ASkip) const {
+  const auto [Before, After, Nearest] = GetRowsAround(ASeconds);
+  if (!Nearest || Nearest->Map != AMap) return std::nullopt;
   const double EndOfJump = FEndsOfJumps[static_cast<std::size_t>(Nearest - FRows.data())];
   if (ASkip > 0.0 && ASeconds < EndOfJump + ASkip) return std::nullopt;
   const bool IsBetween = Before && After && !IsJump(*Before, *After);

@@ -29,12 +29,21 @@ class TTruth {
   static TTruth Read(const std::string& AFileName);
 
   const std::vector<TRow>& GetRows() const noexcept { return FRows; }
+  /// On which map the device was, by the nearest row; nothing when none lies within one second.
+  std::optional<int> GetMap(double ASeconds) const;
   /// Where the device was on that map; nothing when no row lies within one second. During a jump
   /// the nearer of its two rows counts; with an `ASkip`, there is nothing from the middle of a jump
   /// until so many seconds after its end.
   std::optional<System::TPointF> GetPlace(double ASeconds, int AMap, double ASkip) const;
 
  private:
+  /// The rows around an instant, where there are such, and the nearer one if it is near enough.
+  struct TRowsAround {
+    const TRow* Before;
+    const TRow* After;
+    const TRow* Nearest;
+  };
+  TRowsAround GetRowsAround(double ASeconds) const;
   bool IsJump(const TRow& AFrom, const TRow& ATo) const;
 
   const std::vector<TRow> FRows;
