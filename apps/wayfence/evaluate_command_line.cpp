@@ -132,8 +132,6 @@ void AddEvaluate(CLI::App& AProgram, std::function<int()>& AChosen) {
       "of\n"
       "it. The true position has jumped when it is elsewhere after a pause, or faster than 3 m/s.\n"
       "Example:\n"
-      "  wayfence project new office.xml\n"
-      "  wayfence simulate office.xml office.walk.json -o walk.log    also writes walk.truth.csv\n"
       "  wayfence evaluate office.xml --source walk.log --truth walk.truth.csv --picture walk.png\n"
       "  wayfence evaluate --beacons beacons.csv --source walk.log --truth truth.csv "
       "--size 20.66x17.64 --json");
