@@ -12,22 +12,13 @@ namespace System::Beacon::Fencing {
 
 // ---------------------------------------------------------------- class tables
 
-namespace {
-
-/// The row of a reference to a component that is not owned: as of an event, it has no value.
-TPropertyInfo ReferenceProperty(std::string_view AName, bool AIsPublished) {
-  return EventProperty(AName, AIsPublished);
-}
-
-}  // namespace
-
 std::vector<TPropertyInfo> TCustomBeaconMapFencing::PropertyTable(bool AIsPublished) {
   using T = TCustomBeaconMapFencing;
   const bool P = AIsPublished;
   std::vector<TPropertyInfo> Result = {
       Property<&T::GetEnabled, &T::SetEnabled>("Enabled", P),
       Property<&T::GetXMLMAp, &T::SetXMLMap>("XMLMap", P),
-      ReferenceProperty("PaintControl", P),
+      EventProperty("PaintControl", P),  // as little a value as an event
       Property<&T::GetParticleFilterOptions, &T::SetParticleFilterOptions>("ParticleFilterOptions",
                                                                            P),
       Property<&T::GetBeaconManagerOptions, &T::SetBeaconManagerOptions>("BeaconManagerOptions", P),
@@ -116,10 +107,10 @@ TCustomBeaconMapFencing::~TCustomBeaconMapFencing() {
         "a map component was destroyed inside one of its own event handlers; "
         "destroy it after the handler has returned");
   FEnabled.store(false);
-  StopProcess();
+  FSwitch.Shut();
   SetPaintControl(nullptr);
   FBeaconManager.reset();
-  FLoaded->Calculators.clear();
+  std::exchange(FLoaded->Calculators, {}).clear();
   FRuntimeMap.reset();
 }
 
@@ -137,9 +128,15 @@ void TCustomBeaconMapFencing::Loaded() {
   TComponent::Loaded();
   if (IsDesigning()) return;
   FRuntimeMap->SetFencingOptions(FFencingOptions.get());
-  if (!FXMLMap.empty()) HandOver(FXMLMap);
-  PutPaintOn();
   FRuntimeMap->SetMapOptions(GetMapOptions());
+  PutPaintOn();
+  try {
+    if (!FXMLMap.empty()) HandOver(FXMLMap);
+  } catch (...) {
+    FEnabled.store(false);
+    StopProcess();
+    throw;
+  }
   if (GetEnabled())
     StartProcess();
   else
@@ -156,6 +153,7 @@ void TCustomBeaconMapFencing::Notification(TComponent* AComponent, TOperation AO
 // ---------------------------------------------------------------- properties
 
 void TCustomBeaconMapFencing::SetEnabled(bool AValue) {
+  if (!IsMainThread()) return TThread::Synchronize([&] { SetEnabled(AValue); });
   if (FEnabled.exchange(AValue) == AValue || !MayAct()) return;
   if (AValue)
     StartProcess();
@@ -279,6 +277,7 @@ void TCustomBeaconMapFencing::BeginProcess() {
     RaiseComponentError(Messages::SNoFencingMap);
   TBluetoothLEManager::GetCurrentManager().GetIsSupported();
   HandOver(FXMLMap);
+  FreeRetired();
   if (GetLoaded()->Project.Maps.IsEmpty()) RaiseComponentError(Messages::SNoFencingMap);
   CreateParticlesFilter();
   ConfigureBeaconManager();
@@ -311,7 +310,9 @@ void TCustomBeaconMapFencing::WaitForEnd() {
   DisconnectBeaconManager();
   if (FBeaconManager) FBeaconManager->StopScan();
   UnregisterBeaconRegions();
-  GetLoaded()->Disconnect();
+  const TLoadedRef Loaded = GetLoaded();
+  Loaded->Disconnect();
+  Loaded->ClearShownRoute();
   for (const TLoadedRef& Old : FRetired) Old->Disconnect();
   FreeRetired();
 }

@@ -76,7 +76,8 @@ class TCustomBeaconMapFencing : public TComponent {
   // ---- properties
 
   /// Starts and stops processing; while the component is loading or designed it only stores. A
-  /// start that fails leaves the component stopped and `Enabled` false, and raises.
+  /// start that fails leaves the component stopped and `Enabled` false, and raises. Another thread
+  /// (that of `OnCalcPosition`) waits until the main thread has done it.
   bool GetEnabled() const noexcept { return FEnabled.load(std::memory_order_acquire); }
   void SetEnabled(bool AValue);
   /// The text of the project. Setting another one unloads the old project: positions, zones (no
@@ -86,7 +87,8 @@ class TCustomBeaconMapFencing : public TComponent {
   std::string GetXMLMAp() const;
   void SetXMLMap(const std::string& AValue);
   const std::string& GetRawMap() const noexcept { return FXMLMap; }
-  /// The record of the project that was handed over last; its arrays are shared. Any thread.
+  /// The record of the project that was handed over last; its arrays are shared. Any thread, but
+  /// copies are released on the main thread, since the last one frees the scene.
   TFencingProject GetProjectInformation() const;
   /// Where the map is shown: the control's paint handler becomes `ControlPaint`. Not owned; the
   /// control may go first.
@@ -170,8 +172,9 @@ class TCustomBeaconMapFencing : public TComponent {
 
   // ---- life
 
-  /// Stops, hands the project over and starts: calculators (kept while the text stays the same),
-  /// beacon service and timer. Raises `EComponentError` without a map or a class of calculators,
+  /// Stops, hands the project over and starts: calculators (kept while the text stays the same, one
+  /// whose calculation has failed too), beacon service, which finds the radio itself, and timer.
+  /// Raises `EComponentError` without a map or a class of calculators,
   /// and what the project's reader and the source raise.
   void StartProcess();
   void StopProcess();
@@ -271,6 +274,7 @@ class TCustomBeaconMapFencing : public TComponent {
   bool HandOver(const std::string& AText);
   void Publish(TLoadedRef ALoaded);
   void FreeRetired();
+  bool IsCurrent(const TLoadedRef& ALoaded, std::int32_t AMapIndex) const;
   TLoadedRef GetLoaded() const;
   void TakeFilterOptions();
 
@@ -281,13 +285,15 @@ class TCustomBeaconMapFencing : public TComponent {
                       std::int32_t AMapIndex,
                       const TPointF& AEstimatedPoint,
                       const TPointF& APointToPath);
-  void TakeEstimate(const TLoadedRef& ALoaded, TPointF AEstimatedPoint, TPointF APointToPath);
-  void FollowRoute(TTrackedProject& ALoaded, TDisplayChange& AChange);
+  void TakeEstimate(const TLoadedRef& ALoaded,
+                    std::int32_t AMapIndex,
+                    TPointF AEstimatedPoint,
+                    TPointF APointToPath);
+  void FollowRoute(const TLoadedRef& ALoaded, TDisplayChange& AChange);
   void Show(const TLoadedRef& ALoaded, const TDisplayChange& AChange);
-  void CheckZones(const TLoadedRef& ALoaded, TPointF APoint);
+  void CheckZones(const TLoadedRef& ALoaded, std::int32_t AMapIndex, TPointF APoint);
   bool CalcPosition(const TLoadedRef& ALoaded,
-                    const TFencingMap& AMap,
-                    const TMapCalculator& AEntry,
+                    std::int32_t AMapIndex,
                     const TFencingBeacons& ABeacons);
   void ChangeMap(const TLoadedRef& ALoaded, std::int32_t AMapIndex);
 

@@ -5,7 +5,9 @@
 #include <vector>
 
 #include "fencing/map_fencing.h"
+#include "fencing/messages.h"
 #include "fencing/tracked_project.h"
+#include "platform/errors.h"
 #include "platform/time.h"
 
 namespace System::Beacon::Fencing {
@@ -41,6 +43,8 @@ void TCustomBeaconMapFencing::TBeaconFencingTimer::Execute() {
       Handler(this);
     } catch (const std::exception& Error) {
       HandleApplicationException(this, Error);
+    } catch (...) {
+      HandleApplicationException(this, EGeneralError(std::string(Messages::SUnknownException)));
     }
   }
 }
@@ -67,17 +71,13 @@ void TCustomBeaconMapFencing::UpdateBeaconsPositionCalculator(TObject*) {
   CheckMapChange();
   const TLoadedRef Loaded = GetLoaded();
   const std::int32_t MapIndex = Loaded->Project.CurrentMapIndex;
-  TMapCalculator* const Entry = Loaded->GetCalculator(MapIndex);
+  const TMapCalculator* const Entry = Loaded->GetCalculator(MapIndex);
   if (!Entry || !FSwitch.GetGate().IsOpen()) return;
-  const TFencingMap& Map = Loaded->Project.Maps[static_cast<std::size_t>(MapIndex)];
+  const TFencingMap& Map = *Loaded->GetMap(MapIndex);
   const TFencingBeacons Beacons = Map.OrderedBeaconList();
-  if (CalcPosition(Loaded, Map, *Entry, Beacons) || Beacons.IsEmpty()) return;
-
-  // Estimates of one calculator at a time: the handler of another one is not running any more.
-  if (TMapCalculator* const Other =
-          Loaded->GetCalculator(std::exchange(Loaded->CalculatorAtWork, MapIndex));
-      Other && Other != Entry)
-    Other->Calculator->SetOnEstimatingPosition({});
+  if (CalcPosition(Loaded, MapIndex, Beacons) || Beacons.IsEmpty()) return;
+  if (Loaded->CalculatorAtWork != MapIndex) Loaded->EndWork();
+  Loaded->CalculatorAtWork = MapIndex;
   Entry->Calculator->SetOnEstimatingPosition(
       Bind<&TEstimateReceiver::Estimated>(Entry->Receiver.get()));
   Entry->Calculator->DoCalculateStep(Beacons, Map.OrderedBeaconListTo(ReferencePoint(Beacons)));
@@ -85,8 +85,7 @@ void TCustomBeaconMapFencing::UpdateBeaconsPositionCalculator(TObject*) {
 
 /// Asks the application for the position; false when it leaves that to the calculator.
 bool TCustomBeaconMapFencing::CalcPosition(const TLoadedRef& ALoaded,
-                                           const TFencingMap& AMap,
-                                           const TMapCalculator& AEntry,
+                                           std::int32_t AMapIndex,
                                            const TFencingBeacons& ABeacons) {
   TCalcPositionEvent Handler;
   TFilterOptionsRef Options;
@@ -103,15 +102,16 @@ bool TCustomBeaconMapFencing::CalcPosition(const TLoadedRef& ALoaded,
     Handler(this,
             ABeacons,
             *Options,
-            AMap.Map->GetGlobalRect(),
-            AEntry.Segments,
+            ALoaded->GetMap(AMapIndex)->Map->GetGlobalRect(),
+            ALoaded->GetCalculator(AMapIndex)->Segments,
             IsManaged,
             Position,
             PathPosition);
   }
+  FSwitch.ThreadHasLeft();
   if (!IsManaged) return false;
-  AEntry.Calculator->SetOnEstimatingPosition({});
-  TakeEstimate(ALoaded, Position, PathPosition);
+  ALoaded->EndWork();
+  TakeEstimate(ALoaded, AMapIndex, Position, PathPosition);
   return true;
 }
 
@@ -119,6 +119,7 @@ bool TCustomBeaconMapFencing::CalcPosition(const TLoadedRef& ALoaded,
 
 /// What an estimate changes on the display.
 struct TCustomBeaconMapFencing::TDisplayChange {
+  std::int32_t MapIndex = -1;
   TPointF Raw;   // map units
   TPointF Path;  // map units
   bool IsOffRoute = false;
@@ -130,41 +131,51 @@ void TCustomBeaconMapFencing::TakeEstimateOf(TTrackedProject& AProject,
                                              const TPointF& AEstimatedPoint,
                                              const TPointF& APointToPath) {
   const TLoadedRef Loaded = AProject.shared_from_this();
-  if (GetLoaded() != Loaded || Loaded->Project.CurrentMapIndex != AMapIndex) return;
-  TakeEstimate(Loaded, AEstimatedPoint, APointToPath);
+  TakeEstimate(Loaded, AMapIndex, AEstimatedPoint, APointToPath);
 }
 
 void TCustomBeaconMapFencing::OnEstimatePosition(const TPointF& AEstimatedPoint,
                                                  const TPointF& APointToPath) {
-  TakeEstimate(GetLoaded(), AEstimatedPoint, APointToPath);
+  const TLoadedRef Loaded = GetLoaded();
+  TakeEstimate(Loaded, Loaded->Project.CurrentMapIndex, AEstimatedPoint, APointToPath);
 }
 
+bool TCustomBeaconMapFencing::IsCurrent(const TLoadedRef& ALoaded, std::int32_t AMapIndex) const {
+  return GetLoaded() == ALoaded && ALoaded->Project.CurrentMapIndex == AMapIndex;
+}
+
+/// An estimate counts as long as its map is the current one, which may change in every hand-off.
 void TCustomBeaconMapFencing::TakeEstimate(const TLoadedRef& ALoaded,
+                                           std::int32_t AMapIndex,
                                            TPointF AEstimatedPoint,
                                            TPointF APointToPath) {
-  if (!FSwitch.GetGate().IsOpen()) return;
+  if (!FSwitch.GetGate().IsOpen() || !IsCurrent(ALoaded, AMapIndex)) return;
   ALoaded->SetLastPoints(AEstimatedPoint, APointToPath);
-  TDisplayChange Change{.Raw = ToMap(AEstimatedPoint), .Path = ToMap(APointToPath)};
-  FollowRoute(*ALoaded, Change);
+  TDisplayChange Change{
+      .MapIndex = AMapIndex, .Raw = ToMap(AEstimatedPoint), .Path = ToMap(APointToPath)};
+  FollowRoute(ALoaded, Change);
   Show(ALoaded, Change);
   const bool UsesPath = FZoneHighlightMetod.load() == TZoneHighlightMetod::PathPosition;
-  CheckZones(ALoaded, UsesPath ? Change.Path : Change.Raw);
+  CheckZones(ALoaded, AMapIndex, UsesPath ? Change.Path : Change.Raw);
+  if (!IsCurrent(ALoaded, AMapIndex)) return;
   Tell(FOnPositionEstimated,
        [&](const TEstimatedPositionEvent& AHandler) { AHandler(Change.Raw, Change.Path); });
   ALoaded->SetLastCalculatedPosition(AEstimatedPoint);
 }
 
-void TCustomBeaconMapFencing::FollowRoute(TTrackedProject& ALoaded, TDisplayChange& AChange) {
-  const std::optional<std::int32_t> Route = ALoaded.GetRoute();
+void TCustomBeaconMapFencing::FollowRoute(const TLoadedRef& ALoaded, TDisplayChange& AChange) {
+  const std::optional<std::int32_t> Route = ALoaded->GetRoute();
   if (!Route) return;
-  AChange.IsOffRoute = !ALoaded.Project.IsPointInLastRoute(AChange.Path);
-  const TArray<TBeaconFencingPOI>& Points = ALoaded.Project.PoiList.PoiList;
-  const TBeaconFencingPOI& Poi = Points[static_cast<std::size_t>(*Route)];
+  const TFencingProject& Project = ALoaded->Project;
+  AChange.IsOffRoute = !Project.IsPointInLastRoute(AChange.Path);
+  const TBeaconFencingPOI& Poi = Project.PoiList.PoiList[static_cast<std::size_t>(*Route)];
   const TPointF Position = Poi.PoiType == TPOIType::poiPathNode ? AChange.Path : AChange.Raw;
-  if (!ALoaded.Project.IsCloseToPoi(Position, *Route) || !ALoaded.TakeRoute(*Route)) return;
+  if (!Project.IsCloseToPoi(Position, *Route) || !IsCurrent(ALoaded, AChange.MapIndex) ||
+      !ALoaded->TakeRoute(*Route))
+    return;
   AChange.HasArrived =
       Tell(FOnArrivedToPOI, [&](const TArrivedToPOIEvent& AHandler) { AHandler(this, Poi); });
-  if (!AChange.HasArrived) ALoaded.SetRoute(Route);  // stopped before the application heard of it
+  if (!AChange.HasArrived) ALoaded->SetRoute(Route);  // stopped before the application heard of it
 }
 
 namespace {
@@ -192,9 +203,9 @@ void TCustomBeaconMapFencing::Show(const TLoadedRef& ALoaded, const TDisplayChan
                           Options.Contains(TFencingMapOption::ShowPositionInPath));
   if (!ShowsSignals && !ShowsMarkers && !AChange.IsOffRoute && !AChange.HasArrived) return;
   OnMainThread(ALoaded, [&] {
-    if (AChange.HasArrived)
-      ClearRoute();
-    else if (const auto Route = ALoaded->GetRoute(); Route && AChange.IsOffRoute)
+    if (AChange.HasArrived) ClearRoute();
+    if (!IsCurrent(ALoaded, AChange.MapIndex)) return;
+    if (const auto Route = ALoaded->GetRoute(); Route && AChange.IsOffRoute)
       ShowPathToNodeIndex(*Route);
     if (const TFencingMap* const Map = ALoaded->GetCurrentMap(); Map && ShowsSignals)
       ShowSignals(*Map);
@@ -220,16 +231,20 @@ bool HasZone(const TZones& AZones, const std::string& AName) {
 }  // namespace
 
 void TCustomBeaconMapFencing::CheckZonesEvent(const TPointF& APoint) {
-  CheckZones(GetLoaded(), ToMap(APoint));
+  const TLoadedRef Loaded = GetLoaded();
+  CheckZones(Loaded, Loaded->Project.CurrentMapIndex, ToMap(APoint));
 }
 
 /// `APoint` in map units. What the application could not be told of because the component was
 /// stopped counts as not having happened.
-void TCustomBeaconMapFencing::CheckZones(const TLoadedRef& ALoaded, TPointF APoint) {
-  const TFencingMap* const Map = ALoaded->GetCurrentMap();
+void TCustomBeaconMapFencing::CheckZones(const TLoadedRef& ALoaded,
+                                         std::int32_t AMapIndex,
+                                         TPointF APoint) {
+  const TFencingMap* const Map = ALoaded->GetMap(AMapIndex);
   const TZones Zones = Map ? Map->GetZonesOverPoint(APoint) : TZones();
   if (GetMapOptions().Contains(TFencingMapOption::HighlightZones))
     OnMainThread(ALoaded, [&] { FRuntimeMap->HighLightZones({Zones.begin(), Zones.end()}); });
+  if (!IsCurrent(ALoaded, AMapIndex)) return;
 
   const TZones Last = ALoaded->GetLastZones();
   const auto TellOf = [&](TEventSlot<void(TObject*, const TRef<IDesignZone>&)>& ASlot,

@@ -1,5 +1,7 @@
 // The project of a map component: how it comes in, and what the application does with it.
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <utility>
 
 #include "fencing/map_fencing.h"
@@ -26,18 +28,25 @@ void TCustomBeaconMapFencing::SetXMLMap(const std::string& AValue) {
     if (GetComponentState().Contains(TComponentStateFlag::Loading)) FXMLMap = AValue;
     return;
   }
-  const bool IsAnother = HandOver(AValue);
+  bool IsAnother = false;
+  try {
+    IsAnother = HandOver(AValue);
+  } catch (...) {
+    // The old project had to be loaded anew.
+    if (FSwitch.IsOn() && GetLoaded()->Calculators.empty()) StartProcess();
+    throw;
+  }
   FXMLMap = AValue;
-  if (!IsAnother || !GetEnabled()) return;
-  if (AValue.empty())
-    SetEnabled(false);
-  else
-    StartProcess();
+  if (!FSwitch.IsOn()) return FreeRetired();
+  if (!IsAnother) return;
+  if (!AValue.empty()) return StartProcess();
+  FEnabled.store(false);
+  StopProcess();
 }
 
 bool TCustomBeaconMapFencing::LoadProjectFromXML(const std::string& APath) {
   std::error_code Ignored;
-  if (!std::filesystem::exists(APath, Ignored)) return false;
+  if (!std::filesystem::is_regular_file(APath, Ignored)) return false;
   SetXmlData(ReadWholeFile(APath, MaxProjectSize));
   return true;
 }
@@ -74,13 +83,18 @@ void TCustomBeaconMapFencing::Publish(TLoadedRef ALoaded) {
     std::swap(FLoaded, ALoaded);
   }
   FRetired.push_back(std::move(ALoaded));
-  const bool IsRunning = FFencingTimer || (FBeaconManager && FBeaconManager->IsScanning());
-  if (!IsRunning && !FSwitch.IsBusy()) FreeRetired();
 }
 
+/// Frees the projects that no thread works on, once the component's own ones have ended. Their
+/// calculators are waited for, and hand-offs served meanwhile.
 void TCustomBeaconMapFencing::FreeRetired() {
-  // Their calculators are waited for, and hand-offs served meanwhile.
-  const std::vector<TLoadedRef> Gone = std::exchange(FRetired, {});
+  if (FFencingTimer || FSwitch.GetGate().IsInHandler()) return;
+  const auto InUse = std::partition(FRetired.begin(), FRetired.end(), [](const TLoadedRef& AOld) {
+    return AOld.use_count() == 1;
+  });
+  const std::vector<TLoadedRef> Gone(std::make_move_iterator(FRetired.begin()),
+                                     std::make_move_iterator(InUse));
+  FRetired.erase(FRetired.begin(), InUse);
 }
 
 TCustomBeaconMapFencing::TLoadedRef TCustomBeaconMapFencing::GetLoaded() const {

@@ -128,7 +128,8 @@ void TCustomBeaconMapFencing::TellFrame(TEventSlot<TSignature>& ASlot,
                                         const TRef<IBeacon>& ABeacon,
                                         const TFrame& AFrame) {
   if (!ASlot.IsAssigned()) return;
-  TFencingMap* const Map = GetLoaded()->GetCurrentMap();
+  const TLoadedRef Loaded = GetLoaded();
+  TFencingMap* const Map = Loaded->GetCurrentMap();
   TFencingBeacon Beacon;
   if (!Map || !Map->GetFencingBeaconFor(ABeacon, Beacon, false)) return;
   const TFrame Copy = AFrame;

@@ -28,5 +28,6 @@ inline constexpr std::string_view SNoCalculatorClass =
 inline constexpr std::string_view SNoRuntimeMapClass =
     "Cannot continue, runtime map class not found";
 inline constexpr std::string_view SZoneEnteringError = "The value should be between -1 and 100";
+inline constexpr std::string_view SUnknownException = "an exception of an unknown class was raised";
 
 }  // namespace System::Beacon::Fencing::Messages

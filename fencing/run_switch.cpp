@@ -4,42 +4,82 @@
 
 namespace System::Beacon::Fencing {
 
+/// While it lives, threads are being started or waited for.
+class TRunSwitch::TChange {
+ public:
+  explicit TChange(bool& AIsChanging) : FIsChanging(AIsChanging) { FIsChanging = true; }
+  ~TChange() { FIsChanging = false; }
+  TChange(const TChange&) = delete;
+  TChange& operator=(const TChange&) = delete;
+
+ private:
+  bool& FIsChanging;
+};
+
 TRunSwitch::TRunSwitch(TSteps ASteps) : FSteps(std::move(ASteps)) {
-  FGate.SetAfterHandler([this] { HandlerReturned(); });
+  const auto DoWhatIsPending = [this] {
+    if (FPending == TPending::Nothing || IsBusy()) return;
+    WaitForEnd();
+    DoPending();
+  };
+  FGate.SetAfterHandler(DoWhatIsPending);
+  FServiceGate.SetAfterHandler(DoWhatIsPending);
 }
 
 bool TRunSwitch::IsBusy() const {
-  return FIsStopping || FGate.IsInHandler() || (FSteps.IsInsideThread && FSteps.IsInsideThread());
+  return FIsChanging || FGate.IsInHandler() || IsInsideThread();
 }
 
 void TRunSwitch::Start() {
-  FPending = TPending::Nothing;
-  Halt();
-  if (IsBusy()) {
-    FPending = TPending::Restart;
-    return;
-  }
-  // A hand-off that was served while the threads ended may have stopped the component again.
-  if (std::exchange(FPending, TPending::Nothing) == TPending::Stop) return;
-  FGate.Open();
+  if (FIsShut) return;
+  FIsOn = true;
   try {
-    FSteps.Begin();
+    TryStart();
   } catch (...) {
+    FIsOn = false;
     FSteps.StartFailed();
     Halt();
     throw;
   }
 }
 
+/// A hand-off that is served while threads end or start may ask for something else.
+void TRunSwitch::TryStart() {
+  do {
+    FPending = TPending::Nothing;
+    Halt();
+    if (IsBusy()) {
+      FPending = TPending::Restart;
+      return;
+    }
+    if (std::exchange(FPending, TPending::Nothing) == TPending::Stop) return;
+    Begin();
+  } while (FPending == TPending::Restart);
+  if (std::exchange(FPending, TPending::Nothing) == TPending::Stop) Halt();
+}
+
+void TRunSwitch::Begin() {
+  const TChange Change(FIsChanging);
+  FGate.Open();
+  FSteps.Begin();
+}
+
 void TRunSwitch::Stop() {
+  FIsOn = false;
   Halt();
   if (!IsBusy()) DoPending();
+}
+
+void TRunSwitch::Shut() {
+  FIsShut = true;
+  Stop();
 }
 
 void TRunSwitch::Halt() {
   FGate.Close();
   if (IsBusy()) {
     FPending = TPending::Stop;
+    if (IsInsideThread()) FIsAskedInside.store(true);
     FSteps.AskToEnd();
   } else {
     WaitForEnd();
@@ -47,19 +87,17 @@ void TRunSwitch::Halt() {
 }
 
 void TRunSwitch::WaitForEnd() {
-  FIsStopping = true;
+  const TChange Change(FIsChanging);
   FSteps.WaitForEnd();
-  FIsStopping = false;
 }
 
 void TRunSwitch::DoPending() {
   if (std::exchange(FPending, TPending::Nothing) == TPending::Restart) Start();
 }
 
-void TRunSwitch::HandlerReturned() {
-  if (FPending == TPending::Nothing || FIsStopping) return;
-  WaitForEnd();
-  DoPending();
+void TRunSwitch::ThreadHasLeft() {
+  // The thread is released before what follows the hand-off, which may wait for the thread.
+  if (FIsAskedInside.exchange(false)) TThread::Synchronize(FServiceGate, [] {});
 }
 
 }  // namespace System::Beacon::Fencing

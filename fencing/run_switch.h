@@ -1,6 +1,7 @@
 // Starting and stopping what a component runs on other threads.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 
@@ -30,9 +31,16 @@ class TRunSwitch {
   void Start();
   /// Once it has returned, no handler is entered any more.
   void Stop();
+  /// Stops for good: starts are ignored from now on.
+  void Shut();
+  /// Whether it was started, and neither stopped nor has the start failed.
+  bool IsOn() const noexcept { return FIsOn; }
   /// Whether the threads cannot be waited for: a handler is on the call stack, or they are being
-  /// waited for.
+  /// started or waited for.
   bool IsBusy() const;
+  /// Called by a thread when it has left what `IsInsideThread` told of: what was asked for there
+  /// is done. Any thread.
+  void ThreadHasLeft();
   /// Through which handlers are handed over: closed while stopped.
   THandOffGate& GetGate() noexcept { return FGate; }
   const THandOffGate& GetGate() const noexcept { return FGate; }
@@ -40,15 +48,23 @@ class TRunSwitch {
  private:
   enum class TPending : std::uint8_t { Nothing, Stop, Restart };
 
+  class TChange;
+
+  bool IsInsideThread() const { return FSteps.IsInsideThread && FSteps.IsInsideThread(); }
+  void TryStart();
+  void Begin();
   void Halt();
   void WaitForEnd();
   void DoPending();
-  void HandlerReturned();
 
   const TSteps FSteps;
   THandOffGate FGate;
+  THandOffGate FServiceGate;  // always open: through it threads ask for what is pending
+  std::atomic<bool> FIsAskedInside{false};
   TPending FPending = TPending::Nothing;  // something only while busy
-  bool FIsStopping = false;
+  bool FIsChanging = false;               // threads are being started or waited for
+  bool FIsOn = false;
+  bool FIsShut = false;
 };
 
 /// Calls a handler on the main thread and waits for it: `ACall` is given the handler. False when

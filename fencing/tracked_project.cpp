@@ -8,10 +8,9 @@ void TEstimateReceiver::Estimated(const TPointF& AEstimatedPoint, const TPointF&
   FOwner.TakeEstimateOf(FProject, FMapIndex, AEstimatedPoint, APointToPath);
 }
 
-TFencingMap* TTrackedProject::GetCurrentMap() {
-  const std::int32_t Index = Project.CurrentMapIndex;
-  return Index >= 0 && static_cast<std::size_t>(Index) < Project.Maps.GetLength()
-             ? &Project.Maps[static_cast<std::size_t>(Index)]
+TFencingMap* TTrackedProject::GetMap(std::int32_t AMapIndex) {
+  return AMapIndex >= 0 && static_cast<std::size_t>(AMapIndex) < Project.Maps.GetLength()
+             ? &Project.Maps[static_cast<std::size_t>(AMapIndex)]
              : nullptr;
 }
 
@@ -23,6 +22,11 @@ TMapCalculator* TTrackedProject::GetCalculator(std::int32_t AMapIndex) {
 
 void TTrackedProject::Disconnect() {
   for (const TMapCalculator& Entry : Calculators) Entry.Calculator->SetOnEstimatingPosition({});
+}
+
+void TTrackedProject::EndWork() {
+  if (const TMapCalculator* const Entry = GetCalculator(std::exchange(CalculatorAtWork, -1)))
+    Entry->Calculator->SetOnEstimatingPosition({});
 }
 
 void TTrackedProject::SetLastPoints(TPointF APoint, TPointF APathPoint) {
@@ -58,12 +62,21 @@ std::optional<std::int32_t> TTrackedProject::GetRoute() const {
 void TTrackedProject::SetRoute(std::optional<std::int32_t> AValue) {
   const std::lock_guard Guard(FLock);
   FRoute = AValue;
+  FIsArrivalShown = false;
 }
 bool TTrackedProject::TakeRoute(std::int32_t AValue) {
   const std::lock_guard Guard(FLock);
   if (FRoute != AValue) return false;
   FRoute.reset();
+  FIsArrivalShown = true;
   return true;
+}
+void TTrackedProject::ClearShownRoute() {
+  {
+    const std::lock_guard Guard(FLock);
+    if (!std::exchange(FIsArrivalShown, false)) return;
+  }
+  Project.ClearRoute();
 }
 
 }  // namespace System::Beacon::Fencing

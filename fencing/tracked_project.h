@@ -52,8 +52,9 @@ class TTrackedProject : public std::enable_shared_from_this<TTrackedProject> {
   TTrackedProject(TFencingProject AProject, std::string AText)
       : Project(std::move(AProject)), Text(std::move(AText)) {}
 
-  /// The current map of the project; nothing without one.
-  TFencingMap* GetCurrentMap();
+  /// A map of the project, the current one; nothing without one.
+  TFencingMap* GetMap(std::int32_t AMapIndex);
+  TFencingMap* GetCurrentMap() { return GetMap(Project.CurrentMapIndex); }
   /// The calculator of a map; nothing while there is none.
   TMapCalculator* GetCalculator(std::int32_t AMapIndex);
   TMapCalculator* GetCurrentCalculator() { return GetCalculator(Project.CurrentMapIndex); }
@@ -74,8 +75,11 @@ class TTrackedProject : public std::enable_shared_from_this<TTrackedProject> {
   // The route that is shown, by the index of its point of interest. Any thread.
   std::optional<std::int32_t> GetRoute() const;
   void SetRoute(std::optional<std::int32_t> AValue);
-  /// Takes the route away when it is still that one: one arrival tells of it.
+  /// Takes the route away when it is still that one: one arrival tells of it. What is shown of it
+  /// is cleared later.
   bool TakeRoute(std::int32_t AValue);
+  /// Shows no route any more when an arrival has left that to be done. Main thread.
+  void ClearShownRoute();
 
   TFencingProject Project;  ///< what the runtime map works on, but for the current map: see there
   const std::string Text;
@@ -83,6 +87,8 @@ class TTrackedProject : public std::enable_shared_from_this<TTrackedProject> {
   std::vector<TMapCalculator> Calculators;
   /// Which of them is at work. Timer thread.
   std::int32_t CalculatorAtWork = -1;
+  /// Its handler is not running any more: estimates come from one place at a time. Timer thread.
+  void EndWork();
 
   // Guarded by the component's lock of map changes.
   std::int32_t ChangeMapAttempts = 0;
@@ -99,6 +105,7 @@ class TTrackedProject : public std::enable_shared_from_this<TTrackedProject> {
   TPointF FLastPoint, FLastPathPoint, FLastCalculatedPosition;
   TZones FLastZones;
   std::optional<std::int32_t> FRoute;
+  bool FIsArrivalShown = false;  // the route was taken away, and is still shown
 };
 
 }  // namespace System::Beacon::Fencing

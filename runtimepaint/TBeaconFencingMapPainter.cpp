@@ -241,8 +241,8 @@ void TBeaconFencingMapPainter::ControlPaint(TObject*, TDrawing* ACanvas, const T
   if (!ACanvas) throw EGeneralError(std::string(Messages::SNilCanvas));
   const TLayerLoan Loan(FLoaded->Layer, ACanvas);
   if (ARect != FLastRect) FitInto(ARect, *ACanvas);
-  const TRef<Scene::TScene> Scene = FLoaded->Scene;
-  Scene->PaintScene(FLoaded->Layer, FLoaded->Canvas);
+  const TLoadedProject Painted = *FLoaded;  // what is painted may load another
+  Painted.Scene->PaintScene(Painted.Layer, Painted.Canvas);
   FLastRect = ARect;
 }
 

@@ -234,6 +234,13 @@ TEST(TBeaconMapFencing, FollowsARouteUntilItsEndIsReachedOnce) {
   EXPECT_NE(Events.find("arrived Hall"), std::string::npos);
   EXPECT_EQ(Events.find("arrived"), Events.rfind("arrived"));
   EXPECT_TRUE(Map.ShownPath.empty());
+
+  EXPECT_TRUE(Live.Component->ShowPathToNodeIndex(0));
+  Live.OnEvent = [&](const std::string&) { Live.Component->SetEnabled(false); };
+  TFakeCalculator::Path = {{9000, 0}};
+  Live.Run(3000);
+  EXPECT_FALSE(Live.Component->GetEnabled());
+  EXPECT_TRUE(Map.ShownPath.empty()) << "also when the arrival ends the component";
 }
 
 TEST(TBeaconMapFencing, GivesTheCalculatorCentimetresToCalibrateBy) {
@@ -273,7 +280,13 @@ TEST(TBeaconMapFencing, IsStoppedAndDisabledByAStartThatFails) {
   EXPECT_FALSE(Component.GetEnabled());
   EXPECT_EQ(Raised<EComponentError>([&] { Component.SetZoneEnteringError(101); }),
             "The value should be between -1 and 100");
+  Component.BeginLoading();
+  Component.SetXMLMap("rubbish");
+  Component.SetEnabled(true);
+  EXPECT_THROW(Component.EndLoading(), EGeneralError);
+  EXPECT_FALSE(Component.GetEnabled());
   EXPECT_FALSE(Component.LoadProjectFromXML("no such file"));
+  EXPECT_FALSE(Component.LoadProjectFromXML("."));
   TBeaconFencingRuntimeMap::FRuntimeMapClass = {};
   EXPECT_THROW(TBeaconMapFencing(), EComponentError);
 }
@@ -348,6 +361,66 @@ TEST(TBeaconMapFencing, IsStoppedInsideTheTimersOwnCallWithoutWaitingForIt) {
   Live.Component->SetEnabled(true);
   Sleep(1000);
   EXPECT_EQ(Calls, 2);
+}
+
+TEST(TBeaconMapFencing, DoesWhatWasAskedForInsideTheTimersOwnCall) {
+  for (const char* const Request : {"stop", "restart", "load", "stop at once"}) {
+    TLive Live(Repeated({Heard(1)}, 40));
+    TFakeCalculator::Path.assign(10, {1000, 1500});
+    bool IsAsked = false;
+    Live.Component->SetOnCalcPosition([&](auto&&...) {
+      if (std::exchange(IsAsked, true)) return;
+      const std::string What = Request;
+      if (What == "stop at once") return Live.Component->SetEnabled(false);
+      TThread::Synchronize([&] {
+        if (What == "load") return Live.Component->SetXMLMap("other");
+        Live.Component->SetEnabled(false);
+        if (What == "restart") Live.Component->SetEnabled(true);
+      });
+    });
+    const bool IsOn = std::string(Request) == "restart" || std::string(Request) == "load";
+    const std::string Events = Live.Run(3000);
+    EXPECT_EQ(Live.Component->GetEnabled(), IsOn) << Request;
+    EXPECT_EQ(Events.find("in A") != std::string::npos, IsOn) << Request << ": " << Events;
+  }
+}
+
+TEST(TBeaconMapFencing, FollowsTheLastOfRequestsThatCrossWhileItStarts) {
+  // Hand-offs of another thread are served while the old project is freed and while threads end.
+  for (std::uint64_t Seed = 1; Seed <= 40; ++Seed)
+    for (const bool IsOn : {false, true}) {
+      TLive Live(Repeated({Heard(1)}, 100));
+      Live.Component->SetEnabled(true);
+      const auto Other = TThread::CreateAnonymousThread([&] {
+        TThread::Synchronize([&] {
+          Live.Component->SetEnabled(!IsOn);
+          Live.Component->SetEnabled(IsOn);
+        });
+      });
+      Other->Start();
+      Live.Component->SetXmlData("other");
+      Live.Component->StartProcess();
+      Other->WaitFor();
+      Live.Component->SetEnabled(IsOn);
+      Live.Take();
+      TFakeCalculator::Path.assign(1, {1000, 1500});
+      Sleep(2000);
+      const std::string Events = Live.Take();
+      EXPECT_EQ(Events.find("in A") != std::string::npos, IsOn) << Seed << ": " << Events;
+    }
+}
+
+TEST(TBeaconMapFencing, DropsAnEstimateWhoseMapIsNotTheCurrentOneAnyMore) {
+  TLive Live(Repeated({Heard(1)}, 30));
+  TFakeCalculator::Path = {{1700, 1500}, {1700, 1500}};
+  bool HasPosition = false;
+  Live.Component->SetOnPositionEstimated([&](auto&&...) { HasPosition = true; });
+  Live.OnEvent = [&](const std::string& AText) {
+    if (AText == "in A") Live.Component->SetMapIndex(1);
+  };
+  const std::string Events = Live.Run(700);
+  EXPECT_EQ(Live.Component->GetMapIndex(), 1);
+  EXPECT_FALSE(HasPosition) << Events;
 }
 
 TEST(TBeaconMapFencingDeathTest, EndsTheProcessWhenItIsDestroyedInsideItsOwnHandler) {
