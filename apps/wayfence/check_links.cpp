@@ -7,6 +7,7 @@
 
 #include "apps/wayfence/project_faults.h"
 #include "apps/wayfence/scene_walk.h"
+#include "scene/name_case.h"
 
 namespace Wayfence {
 
@@ -14,21 +15,15 @@ using namespace System;
 using namespace System::Beacon::Fencing;
 using namespace System::Beacon::Fencing::Scene::Beacons;
 using Scene::INode;
+using Scene::WithoutCase;
 
 namespace {
-
-/// Letters in lower case: links know nodes whatever the case.
-std::string Folded(std::string AName) {
-  for (char& Letter : AName)
-    if (Letter >= 'A' && Letter <= 'Z') Letter = static_cast<char>(Letter - 'A' + 'a');
-  return AName;
-}
 
 void CheckNodeNames(INode* AScene, TFaults& AFaults) {
   std::unordered_map<std::string, TMapPathNode*> ByName, ByFolded;
   for (TMapPathNode* Node : NodesOf<TMapPathNode>(AScene)) {
     const auto [Same, IsNew] = ByName.emplace(Node->GetName(), Node);
-    const auto [Like, IsFirst] = ByFolded.emplace(Folded(Node->GetName()), Node);
+    const auto [Like, IsFirst] = ByFolded.emplace(WithoutCase(Node->GetName()), Node);
     if (!IsNew)
       AFaults.AddError(TFaults::PlaceOf(*Node),
                        fmt::format("the node has the name of '{}'; both count as one place: give "
@@ -53,7 +48,7 @@ class TLinkCheck {
  public:
   TLinkCheck(INode* AScene, TFaults& AFaults) : FFaults(AFaults) {
     for (INode* Node : NodesOf<INode>(AScene)) {
-      TNamesake& Known = FByName[Folded(Node->GetName())];
+      TNamesake& Known = FByName[WithoutCase(Node->GetName())];
       if (!Known.First) Known.First = Node;
       if (!Known.PathNode) Known.PathNode = dynamic_cast<TMapPathNode*>(Node);
     }
@@ -64,13 +59,13 @@ class TLinkCheck {
     std::set<std::string> Told;
     for (const auto& [From, To] : ALinks.GetConnections())
       for (const std::string& Name : {From, To})
-        if (Told.insert(Folded(Name)).second)
+        if (Told.insert(WithoutCase(Name)).second)
           CheckEnd(TFaults::PlaceOf(ALinks), fmt::format("the link '{}' to '{}'", From, To), Name);
   }
 
  private:
   void CheckEnd(const std::string& APlace, const std::string& ALink, const std::string& AName) {
-    const auto Found = FByName.find(Folded(AName));
+    const auto Found = FByName.find(WithoutCase(AName));
     if (Found == FByName.end())
       return FFaults.AddError(
           APlace, fmt::format("{} names '{}', which no node has; correct the name", ALink, AName));

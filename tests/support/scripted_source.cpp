@@ -3,20 +3,18 @@
 #include <algorithm>
 #include <memory>
 
+#include "platform/beacons/simulated/beacon_payload.h"
+
 namespace System::Beacon {
 namespace {
+
+std::uint16_t ToWord(int AValue) {
+  return static_cast<std::uint16_t>(AValue);
+}
 
 void Append16(TPayload& APayload, int AValue) {
   APayload.push_back(static_cast<std::uint8_t>(AValue >> 8));
   APayload.push_back(static_cast<std::uint8_t>(AValue));
-}
-
-TPayload UUIDPayload(TPayload AHead, const TGUID& AGUID, int AMajor, int AMinor, int APower) {
-  AHead.insert(AHead.end(), AGUID.Bytes.begin(), AGUID.Bytes.end());
-  Append16(AHead, AMajor);
-  Append16(AHead, AMinor);
-  AHead.push_back(static_cast<std::uint8_t>(APower));
-  return AHead;
 }
 
 TPayload EddystonePayload(const TPayload& AFrame) {
@@ -28,22 +26,16 @@ TPayload EddystonePayload(const TPayload& AFrame) {
 }  // namespace
 
 TPayload iBeaconPayload(const TGUID& AGUID, int AMajor, int AMinor, int APower) {
-  return UUIDPayload({26, 0xFF, 0x4C, 0x00, 0x02, 0x15}, AGUID, AMajor, AMinor, APower);
+  return MakeiBeaconPayload(AGUID, ToWord(AMajor), ToWord(AMinor), APower);
 }
 
 TPayload AltBeaconPayload(int ACompany, const TGUID& AGUID, int AMajor, int AMinor, int APower) {
-  const auto Low = static_cast<std::uint8_t>(ACompany);
-  const auto High = static_cast<std::uint8_t>(ACompany >> 8);
-  TPayload Result = UUIDPayload({27, 0xFF, Low, High, 0xBE, 0xAC}, AGUID, AMajor, AMinor, APower);
-  Result.push_back(0);
-  return Result;
+  return MakeAltBeaconPayload(ToWord(ACompany), AGUID, ToWord(AMajor), ToWord(AMinor), APower);
 }
 
 TPayload EddystoneUIDPayload(const TEddystoneUID& AUID, int APowerAtZero) {
-  TPayload Frame{0x00, static_cast<std::uint8_t>(APowerAtZero)};
-  Frame.insert(Frame.end(), AUID.Namespace.begin(), AUID.Namespace.end());
-  Frame.insert(Frame.end(), AUID.Instance.begin(), AUID.Instance.end());
-  return EddystonePayload(Frame);
+  constexpr int LossInFirstMetre = 41;  // dB
+  return MakeEddystonePayload(AUID, APowerAtZero - LossInFirstMetre);
 }
 
 TPayload EddystoneURLPayload(const std::string& AText) {
