@@ -127,6 +127,8 @@ struct TRunRecord {
 /// Reads a run file. Events and members that it does not know are passed over. Raises `EFileError`
 /// "FILE:LINE: what is wrong and what to do", also for what is beyond the bounds below.
 TRunRecord ReadRun(const std::string& AFileName);
+/// The same from a text; the name is for messages.
+TRunRecord ParseRun(std::string_view AText, const std::string& AFileName);
 
 inline constexpr std::size_t MaxRunSize = 256U << 20;       // bytes
 inline constexpr std::size_t MaxRunHeaderSize = 64U << 20;  // bytes

@@ -217,9 +217,8 @@ TJson ParseLine(std::string_view ALine, std::size_t AMaxSize, const std::string&
 
 }  // namespace
 
-TRunRecord ReadRun(const std::string& AFileName) {
-  const std::string Text = ReadWholeFile(AFileName, MaxRunSize);
-  std::string_view Rest = Text;
+TRunRecord ParseRun(std::string_view AText, const std::string& AFileName) {
+  std::string_view Rest = AText;
   TRunRecord Result;
   int Number = 1;
   const auto Place = [&] { return fmt::format("{}:{}", AFileName, Number); };
@@ -237,6 +236,10 @@ TRunRecord ReadRun(const std::string& AFileName) {
   SortByTime(Result.Signals);
   SortByTime(Result.Events);
   return Result;
+}
+
+TRunRecord ReadRun(const std::string& AFileName) {
+  return ParseRun(ReadWholeFile(AFileName, MaxRunSize), AFileName);
 }
 
 }  // namespace Wayfence
