@@ -4,6 +4,7 @@
 
 #include "map/System.Beacon.Fencing.Scene.Beacons.h"
 #include "platform/errors.h"
+#include "runtimepaint/map_look.h"
 #include "runtimepaint/messages.h"
 #include "runtimepaint/nodes_below.h"
 #include "runtimepaint/project_reader.h"
@@ -12,24 +13,10 @@ namespace System::Beacon::Fencing {
 namespace {
 
 namespace Map = Scene::Beacons;
-using Map::TBeaconVisualizationMode;
 using Scene::TCameraHelper;
-using Scene::TMode;
 
 /// How much of the screen is left free around the scene.
 constexpr float WholeSceneFactor = 1.01F;
-
-void Show(Scene::INode& ANode, bool AIsShown) {
-  constexpr std::array Modes{TMode::Visible};
-  AIsShown ? ANode.EnableModes(Modes) : ANode.DisableModes(Modes);
-}
-
-Map::TBeaconVisualizationSet LookOfBeacons(TFencingMapOptions AOptions) {
-  if (!AOptions.Contains(TFencingMapOption::ShowBeacons)) return {};
-  if (!AOptions.Contains(TFencingMapOption::ShowBeaconSignal))
-    return {TBeaconVisualizationMode::SolidCircle};
-  return {TBeaconVisualizationMode::SolidCircle, TBeaconVisualizationMode::SignalDistance};
-}
 
 /// The record cannot be made of what does not pass this.
 template <class TPlace>
@@ -86,16 +73,8 @@ void TLoadedProject::ApplyFencingOptions(const TFencingOptions& AOptions) const 
 }
 
 void TLoadedProject::ApplyMapOptions(TFencingMapOptions AOptions) const {
-  const bool ShowsZones = AOptions.Contains(TFencingMapOption::ShowZones);
-  const bool ShowsPaths = AOptions.Contains(TFencingMapOption::ShowPaths);
-  for (const TRef<IDesignMap>& Floor : NodesBelow<IDesignMap>(Scene.Get())) {
-    auto* const Node = Supports<Scene::INode>(Floor);
-    for (const TRef<Map::TBeacon>& Beacon : NodesBelow<Map::TBeacon>(Node))
-      Beacon->SetVisualizationMode(LookOfBeacons(AOptions));
-    for (const TRef<IDesignZone>& Zone : NodesBelow<IDesignZone>(Node))
-      if (auto* const Shown = Supports<Scene::INode>(Zone)) Show(*Shown, ShowsZones);
-    for (const TRef<Map::IMapPath>& Path : NodesBelow<Map::IMapPath>(Node)) Show(*Path, ShowsPaths);
-  }
+  for (const TRef<IDesignMap>& Floor : NodesBelow<IDesignMap>(Scene.Get()))
+    if (auto* const Node = Supports<Scene::INode>(Floor)) ApplyMapLook(*Node, AOptions);
   Show(*Position, AOptions.Contains(TFencingMapOption::ShowPosition));
   Show(*PathPosition, AOptions.Contains(TFencingMapOption::ShowPositionInPath));
 }

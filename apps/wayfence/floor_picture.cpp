@@ -4,10 +4,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
+#include <utility>
 #include <vector>
 
 #include "apps/wayfence/scene_walk.h"
 #include "platform/errors.h"
+#include "runtimepaint/map_look.h"
+#include "scene/System.Beacon.Fencing.Scene.Helpers.h"
 #include "scene/canvas/System.Beacon.Fencing.Canvas.Wyx.h"
 
 namespace Wayfence {
@@ -15,54 +19,51 @@ namespace Wayfence {
 using namespace System;
 using namespace System::Beacon::Fencing;
 using namespace System::Beacon::Fencing::Scene;
+using Beacons::TBeacon;
 using Beacons::TMap;
 
 namespace {
 
-/// Changes what a scene shows, and puts it back.
+/// Puts back what a scene shows: the camera and the viewport, and of every node whether it is
+/// seen, of beacons how.
 class TSceneView {
  public:
   explicit TSceneView(TScene& AScene)
-      : FScene(AScene), FCamera(AScene.GetCamera()), FViewport(AScene.GetViewport()) {}
+      : FScene(AScene), FCamera(AScene.GetCamera()), FViewport(AScene.GetViewport()) {
+    for (INode* Node : NodesOf<INode>(&AScene)) FModes.emplace_back(Node, Node->GetMode());
+    for (TBeacon* Beacon : NodesOf<TBeacon>(&AScene))
+      FLooks.emplace_back(Beacon, Beacon->GetVisualizationMode());
+  }
   TSceneView(const TSceneView&) = delete;
   TSceneView& operator=(const TSceneView&) = delete;
   ~TSceneView() {
-    for (auto Changed = FModes.rbegin(); Changed != FModes.rend(); ++Changed)
-      Changed->Node->SetMode(Changed->Mode);
+    for (const auto& [Node, Mode] : FModes)
+      if (Node->GetMode().GetCode() != Mode.GetCode()) Node->SetMode(Mode);
+    for (const auto& [Beacon, Look] : FLooks) Beacon->SetVisualizationMode(Look);
     FScene.SetCamera(FCamera);
     FScene.SetViewport(FViewport);
   }
 
-  void Look(const TRectF& ARect, TPictureSize ASize) {
-    const auto Camera = New<TCamera>();
-    Camera->SetFrustum(ARect);
+  /// Looks at a rectangle, turned; what is seen then, if it is not.
+  TRectF Look(const TRectF& ARect, float ARadians, TPictureSize APixels) {
     const auto Viewport = New<TViewport>();
-    Viewport->SetScreenSize(static_cast<float>(ASize.Width), static_cast<float>(ASize.Height));
-    FScene.SetCamera(Camera);
+    Viewport->SetScreenSize(static_cast<float>(APixels.Width), static_cast<float>(APixels.Height));
     FScene.SetViewport(Viewport);
-  }
-  void Show(INode& ANode, bool AIsShown) {
-    TModeSet Mode = ANode.GetMode();
-    if (Mode.Contains(TMode::Visible) == AIsShown) return;
-    FModes.push_back({TRef<INode>(&ANode), Mode});
-    AIsShown ? Mode.Enable(TMode::Visible) : Mode.Disable(TMode::Visible);
-    ANode.SetMode(Mode);
-  }
-  template <class TLayerClass>
-  void ShowLayers(INode& AMap, bool AIsShown) {
-    for (TLayerClass* Layer : NodesOf<TLayerClass>(&AMap)) Show(*Layer, AIsShown);
+    const auto Camera = New<TCamera>();
+    Camera->SetRotation(ARadians);
+    FScene.SetCamera(Camera);
+    TCameraHelper::FocusRect(Camera.Get(), &FScene, ARect, 1.0F);
+    const TRectF Seen = Camera->GetFrustum();
+    const TPointF At = Camera->GetDisplacement();
+    return {Seen.Left + At.X, Seen.Top + At.Y, Seen.Right + At.X, Seen.Bottom + At.Y};
   }
 
  private:
-  struct TChange {
-    TRef<INode> Node;
-    TModeSet Mode;
-  };
-
   TScene& FScene;
   const TRef<ICamera> FCamera;
   const TRef<IViewport> FViewport;
-  std::vector<TChange> FModes;
+  std::vector<std::pair<TRef<INode>, TModeSet>> FModes;
+  std::vector<std::pair<TRef<TBeacon>, Beacons::TBeaconVisualizationSet>> FLooks;
 };
 
 TMap& GetMap(TScene& AScene, int AIndex) {
@@ -81,9 +82,21 @@ TRectF GetRect(TMap& AMap, float AMargin) {
   return Result;
 }
 
-TPictureSize GetSize(const TMap& AMap, const TRectF& ARect, int AWidth) {
-  const double Height =
-      std::max(1.0, std::round(static_cast<double>(AWidth) * ARect.GetHeight() / ARect.GetWidth()));
+float ToRadians(int ADegrees) {
+  return static_cast<float>(ADegrees * std::numbers::pi / 180.0);
+}
+
+/// What an upright rectangle must measure to hold a turned one.
+TPointF SizeAround(const TRectF& ARect, int ADegrees) {
+  if (ADegrees == 0) return {ARect.GetWidth(), ARect.GetHeight()};
+  const float Cos = std::abs(std::cos(ToRadians(ADegrees)));
+  const float Sin = std::abs(std::sin(ToRadians(ADegrees)));
+  return {ARect.GetWidth() * Cos + ARect.GetHeight() * Sin,
+          ARect.GetWidth() * Sin + ARect.GetHeight() * Cos};
+}
+
+TPictureSize GetPixels(const TMap& AMap, TPointF ASize, int AWidth) {
+  const double Height = std::max(1.0, std::round(static_cast<double>(AWidth) * ASize.Y / ASize.X));
   if (AWidth < 1 || AWidth > MaxPictureSide || Height > MaxPictureSide ||
       AWidth * Height > static_cast<double>(MaxPicturePixels))
     throw EGeneralError(fmt::format(
@@ -97,26 +110,20 @@ TPictureSize GetSize(const TMap& AMap, const TRectF& ARect, int AWidth) {
   return {AWidth, static_cast<int>(Height)};
 }
 
-void ShowOnly(TSceneView& AView, TScene& AScene, TMap& AMap, const TFloorOptions& AOptions) {
-  for (TMap* Other : NodesOf<TMap>(&AScene)) AView.Show(*Other, Other == &AMap);
-  AView.ShowLayers<Beacons::TPathsLayer>(AMap, AOptions.ShowPaths);
-  AView.ShowLayers<Beacons::TZonesLayer>(AMap, AOptions.ShowZones);
-  AView.ShowLayers<Beacons::TBeaconsLayer>(AMap, AOptions.ShowBeacons);
-}
-
 }  // namespace
 
 TFloorPicture DrawFloor(TScene& AScene, int AMapIndex, int AWidth, const TFloorOptions& AOptions) {
   TMap& Map = GetMap(AScene, AMapIndex);
   const TRectF Rect = GetRect(Map, AOptions.Margin);
-  const TPictureSize Size = GetSize(Map, Rect, AWidth);
-  TDrawing Drawing(Size.Width, Size.Height);
+  const TPictureSize Pixels = GetPixels(Map, SizeAround(Rect, AOptions.Rotation), AWidth);
+  TDrawing Drawing(Pixels.Width, Pixels.Height);
   Drawing.Clear(AOptions.Background);
   TSceneView View(AScene);
-  View.Look(Rect, Size);
-  ShowOnly(View, AScene, Map, AOptions);
+  const TRectF Seen = View.Look(Rect, ToRadians(AOptions.Rotation), Pixels);
+  for (TMap* Other : NodesOf<TMap>(&AScene)) Show(*Other, Other == &Map);
+  ApplyMapLook(Map, AOptions.Shown);
   AScene.PaintScene(New<Canvas::TWyxLayer>(&Drawing), New<Canvas::TWyxCanvas>());
-  return {Drawing.GetPicture(), Rect};
+  return {Drawing.GetPicture(), Seen};
 }
 
 int FloorWidth(TScene& AScene, int AMapIndex, int ALongSide, const TFloorOptions& AOptions) {

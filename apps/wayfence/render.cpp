@@ -2,15 +2,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
-#include <numbers>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/floor_picture.h"
 #include "apps/wayfence/map_session.h"
 #include "apps/wayfence/project_file.h"
-#include "platform/controls/offscreen_control.h"
 #include "platform/errors.h"
-#include "runtimepaint/System.Beacon.Fencing.RuntimePaint.Painter.h"
+#include "platform/files.h"
 
 namespace Wayfence {
 
@@ -28,25 +26,6 @@ TFencingMapOptions OptionsOf(const std::vector<std::string>& ANames) {
   return Result;
 }
 
-/// How high a picture is that holds a map, turned, without room around it.
-float HeightOf(const IDesignMap& AMap, int AWidth, int ARotation) {
-  const TRectF Rect = AMap.GetGlobalRect();
-  const double Angle = ARotation * std::numbers::pi / 180.0;
-  const double Cos = std::abs(std::cos(Angle)), Sin = std::abs(std::sin(Angle));
-  const double Width = Rect.GetWidth() * Cos + Rect.GetHeight() * Sin;
-  const double Height = Rect.GetWidth() * Sin + Rect.GetHeight() * Cos;
-  const double Result = std::max(1.0, std::round(AWidth * Height / Width));
-  if (!(Result * AWidth <= static_cast<double>(MaxPicturePixels)) || Result > MaxPictureSide)
-    throw EGeneralError(
-        fmt::format("map '{}' gives no picture of {} pixels width: it may have {} pixels, and {} a "
-                    "side; give another --width",
-                    AMap.GetName(),
-                    AWidth,
-                    MaxPicturePixels,
-                    MaxPictureSide));
-  return static_cast<float>(Result);
-}
-
 void ShowRoute(TFencingProject& AProject, const std::string& AFrom, const std::string& ATo) {
   const TBeaconFencingPOI From =
       AProject.PoiList.PoiList[static_cast<std::size_t>(IndexOfPoi(AProject, AFrom))];
@@ -59,25 +38,15 @@ void ShowRoute(TFencingProject& AProject, const std::string& AFrom, const std::s
 }  // namespace
 
 int RunRender(const TRenderArguments& AArguments) {
-  TBeaconFencingMapPainter Painter;
-  Painter.SetXmlData(OpenBundle(AArguments.Project)->SerializeToXML());
-  TFencingProject Project = Painter.GetProjectInformation();
-  const auto MapCount = static_cast<int>(Project.Maps.GetLength());
-  if (AArguments.Map < 0 || AArguments.Map >= MapCount)
-    throw EGeneralError(
-        fmt::format("--map: there is no map {}; the project has {}", AArguments.Map, MapCount));
+  const TProjectFile File = OpenProject(AArguments.Project);
+  TFencingProject Project = ExtractFrom(File);
   if (!AArguments.Route.empty()) ShowRoute(Project, AArguments.Route[0], AArguments.Route[1]);
-  const IDesignMap& Map = *Project.Maps[static_cast<std::size_t>(AArguments.Map)].Map;
-
-  TOffscreenControl Control(static_cast<float>(AArguments.Width),
-                            HeightOf(Map, AArguments.Width, AArguments.Rotation));
-  Control.SetOnPaint(Bind<&TBeaconFencingMapPainter::ControlPaint>(&Painter));
-  Painter.SetControl(&Control);
-  Painter.SetMapOptions(OptionsOf(AArguments.Options));
-  Control.Update();  // from now on the size is known, and the view stays
-  Painter.SetMapIndex(AArguments.Map);
-  Painter.SetRotation(AArguments.Rotation);
-  Control.SavePicture(AArguments.File);
+  const TFloorPicture Floor =
+      DrawFloor(*File.Scene,
+                AArguments.Map,
+                AArguments.Width,
+                {.Shown = OptionsOf(AArguments.Options), .Rotation = AArguments.Rotation});
+  ReplaceFile(AArguments.File, EncodePng(*Floor.Picture));
   return ExitDone;
 }
 

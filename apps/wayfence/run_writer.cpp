@@ -55,11 +55,7 @@ std::string AddressOf(const TPicture& APicture) {
 /// The floor's own picture; what stands on it is drawn from what the header tells of it.
 void AddPicture(TJsonLine& ALine, Scene::TScene& AScene, int AMap, const TRectF& ARect) {
   const float Longer = std::max(ARect.GetWidth(), ARect.GetHeight());
-  const TFloorOptions Options{.ShowPaths = false,
-                              .ShowZones = false,
-                              .ShowBeacons = false,
-                              .Margin = Longer / 50.0F,
-                              .Background = TAlphaColor{0}};
+  const TFloorOptions Options{.Shown = {}, .Margin = Longer / 50.0F, .Background = TAlphaColor{0}};
   const int Width = FloorWidth(AScene, AMap, PictureSide, Options);
   const TFloorPicture Floor = DrawFloor(AScene, AMap, Width, Options);
   ALine.Text("picture", AddressOf(*Floor.Picture));

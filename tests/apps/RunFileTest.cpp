@@ -53,7 +53,7 @@ TEST(FloorPicture, ShowsOneFloorAndLeavesTheSceneAsItWas) {
   EXPECT_EQ(Wide.Picture->GetSize(), (TPictureSize{200, 100}));
   EXPECT_EQ(PixelAt(Wide, 2, 1), Green);
   EXPECT_EQ(PixelAt(Wide, 8, 4), Red);
-  EXPECT_EQ(PixelAt(DrawFloor(Floors, 0, 200, {.ShowZones = false}), 2, 1), Red);
+  EXPECT_EQ(PixelAt(DrawFloor(Floors, 0, 200, {.Shown = {}}), 2, 1), Red);
 
   const TFloorOptions Framed{.Margin = 1};
   EXPECT_EQ(FloorWidth(Floors, 1, 240, Framed), 140);

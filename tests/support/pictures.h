@@ -27,9 +27,10 @@ inline int Difference(std::uint32_t A, std::uint32_t B) {
   return Result;
 }
 
-/// How many pixels of two drawings differ. Edges that are cut by a clip are smoothed a little
-/// differently.
-inline int CountDifferent(const TDrawing& A, const TDrawing& B, int AAllowed = 16) {
+/// How many pixels of two drawings or pictures of one size differ. Edges that are cut by a clip are
+/// smoothed a little differently.
+template <class TPixelsA, class TPixelsB>
+int CountDifferent(const TPixelsA& A, const TPixelsB& B, int AAllowed = 16) {
   int Result = 0;
   for (std::size_t I = 0; I < A.GetPixels().size(); ++I)
     Result += Difference(A.GetPixels()[I], B.GetPixels()[I]) > AAllowed ? 1 : 0;
@@ -43,9 +44,7 @@ inline void ExpectPicture(const TRef<TPicture>& ADrawing, const std::string& ANa
   constexpr int MaxPixelsOff = 20;
   const TRef<TPicture> Kept = LoadPicture(SourceFile("tests/pictures/" + AName + ".png"));
   ASSERT_EQ(Kept->GetPixels().size(), ADrawing->GetPixels().size()) << AName;
-  int Off = 0;
-  for (std::size_t I = 0; I < Kept->GetPixels().size(); ++I)
-    Off += Difference(Kept->GetPixels()[I], ADrawing->GetPixels()[I]) > Allowed ? 1 : 0;
+  const int Off = CountDifferent(*Kept, *ADrawing, Allowed);
   if (Off <= MaxPixelsOff) return;
   const std::filesystem::path Drawn = std::filesystem::current_path() / (AName + "-drawn.png");
   ReplaceFile(Drawn, EncodePng(*ADrawing));
