@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <numbers>
-#include <unordered_set>
 #include <utility>
 
 #include "map/System.Beacon.Fencing.Scene.Beacons.h"
@@ -11,7 +10,6 @@
 #include "runtimepaint/System.Beacon.Fencing.RuntimePaint.Painter.h"
 #include "runtimepaint/loaded_project.h"
 #include "runtimepaint/messages.h"
-#include "runtimepaint/nodes_below.h"
 #include "runtimepaint/project_extraction.h"
 #include "scene/System.Beacon.Fencing.Scene.Helpers.h"
 
@@ -22,8 +20,6 @@ using Scene::TCameraHelper;
 using Scene::TMode;
 namespace Map = Scene::Beacons;
 
-constexpr float OpacityOfZones = 0.5F;
-constexpr float OpacityOfHighLitZones = 0.75F;
 constexpr std::int32_t MaxAngle = 180;
 
 void ShowMap(Scene::ISceneNode* AMap, bool AIsShown) {
@@ -190,15 +186,8 @@ void TBeaconFencingMapPainter::HighLightZone(const TRef<IDesignZone>& AZone) {
 
 void TBeaconFencingMapPainter::HighLightZones(std::span<const TRef<IDesignZone>> AZones) {
   if (!FLoaded) return;
-  std::unordered_set<const TObject*> HighLit;
-  for (const TRef<IDesignZone>& Zone : AZones)
-    if (Zone) HighLit.insert(Zone->GetObject());
-  const TRef<Scene::TScene> Scene = FLoaded->Scene;
-  for (const TRef<IDesignMap>& Floor : NodesBelow<IDesignMap>(Scene.Get()))
-    for (const TRef<IDesignZone>& Zone : NodesBelow<IDesignZone>(Supports<Scene::INode>(Floor)))
-      if (auto* const Node = Supports<Scene::ISceneNode>(Zone))
-        Node->SetOpacity(HighLit.contains(Zone->GetObject()) ? OpacityOfHighLitZones
-                                                             : OpacityOfZones);
+  const TRef<Scene::TScene> Keep = FLoaded->Scene;
+  FLoaded->ZoneHighlight->Show(AZones);
 }
 
 // ---------------------------------------------------------------- the view

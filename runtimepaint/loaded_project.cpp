@@ -1,35 +1,18 @@
 #include "runtimepaint/loaded_project.h"
 
-#include <fmt/format.h>
-
-#include "map/System.Beacon.Fencing.Scene.Beacons.h"
-#include "platform/errors.h"
 #include "runtimepaint/map_look.h"
 #include "runtimepaint/messages.h"
 #include "runtimepaint/nodes_below.h"
+#include "runtimepaint/project_extraction.h"
 #include "runtimepaint/project_reader.h"
 
 namespace System::Beacon::Fencing {
 namespace {
 
-namespace Map = Scene::Beacons;
 using Scene::TCameraHelper;
 
 /// How much of the screen is left free around the scene.
 constexpr float WholeSceneFactor = 1.01F;
-
-/// The record cannot be made of what does not pass this.
-template <class TPlace>
-void RequireReadableInformation(Scene::TScene& AScene) {
-  for (const TRef<TPlace>& Place : NodesBelow<TPlace>(&AScene)) {
-    try {
-      Map::StringToDescriptionList(Place->GetInformationItems());
-    } catch (const EConvertError& Error) {
-      throw EConvertError(fmt::format(
-          Messages::SDescriptionList, Messages::SProjectText, Place->GetName(), Error.what()));
-    }
-  }
-}
 
 TRef<Scene::TCamera> MakeCamera(Scene::TScene& AScene) {
   TRef<Scene::TCamera> Result = New<Scene::TCamera>();
@@ -57,9 +40,8 @@ TLoadedProject LoadProject(const std::string& AText, const TFencingOptions& AOpt
   Result.Bundle = CreateBundleForCanvas(Result.Canvas);
   Result.Bundle->UnserializeFromXML(AText);
   Result.Scene = ReadSceneOf(Result.Bundle, std::string(Messages::SProjectText));
-  RequireReadableInformation<IDesignShape>(*Result.Scene);
-  RequireReadableInformation<IDesignBeacon>(*Result.Scene);
-  RequireReadableInformation<IDesignZone>(*Result.Scene);
+  RequireReadableInformation(*Result.Scene);
+  Result.ZoneHighlight = std::make_shared<TZoneHighlight>(*Result.Scene);
   Result.Camera = MakeCamera(*Result.Scene);
   Result.Position = MakeMarker(*Result.Scene);
   Result.PathPosition = MakeMarker(*Result.Scene);

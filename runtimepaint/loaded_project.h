@@ -1,11 +1,13 @@
 // A project that was read to be shown.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "fencing/System.Beacon.Fencing.Types.h"
 #include "persistence/System.Beacon.Fencing.Bundle.h"
 #include "runtimepaint/position_marker.h"
+#include "runtimepaint/zone_highlight.h"
 #include "scene/System.Beacon.Fencing.Scene.Classes.h"
 #include "scene/canvas/System.Beacon.Fencing.Canvas.Wyx.h"
 
@@ -21,6 +23,7 @@ struct TLoadedProject {
   TRef<Canvas::TWyxLayer> Layer;
   TRef<TPositionMarker> Position;
   TRef<TPositionMarker> PathPosition;
+  std::shared_ptr<TZoneHighlight> ZoneHighlight;
 
   /// Colours and sizes of the markers.
   void ApplyFencingOptions(const TFencingOptions& AOptions) const;

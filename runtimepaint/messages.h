@@ -12,8 +12,6 @@ inline constexpr std::string_view SNoScene =
 inline constexpr std::string_view SNotAScene =
     "{}: the entry 'project' is no scene: its root must be an object of class TScene";
 inline constexpr std::string_view SNoDescription = "{}: its DescriptionList cannot be read: {}";
-inline constexpr std::string_view SDescriptionList =
-    "{}: project: the description list of '{}' cannot be read: {}";
 
 // Of the map that is shown.
 inline constexpr std::string_view SNoMapInformation = "There is no map information loaded";

@@ -22,6 +22,24 @@ using Scene::INode;
 using Scene::TMode;
 namespace Map = Scene::Beacons;
 
+/// The description list of a node; an error names the node.
+template <class TPlace>
+TArray<TStringPair> InformationOf(TPlace& APlace) {
+  try {
+    return TArray<TStringPair>(Map::StringToDescriptionList(APlace.GetInformationItems()));
+  } catch (const EConvertError& Error) {
+    INode* const Node = Supports<INode>(&APlace);
+    throw EConvertError(fmt::format(Messages::SNoDescription,
+                                    Node ? Map::PlaceInScene(*Node) : APlace.GetName(),
+                                    Error.what()));
+  }
+}
+
+template <class TPlace>
+void RequireInformation(Scene::TScene& AScene) {
+  for (const TRef<TPlace>& Place : NodesBelow<TPlace>(&AScene)) InformationOf(*Place);
+}
+
 /// Takes a scene apart, step by step.
 class TExtraction {
  public:
@@ -55,18 +73,6 @@ class TExtraction {
     Poi.MapIndex = AMapIndex;
     Poi.PoiType = AType;
     FResult.PoiList.AddPOI(Poi);
-  }
-  /// The description list of a node; an error names the node.
-  template <class TPlace>
-  static TArray<TStringPair> InformationOf(TPlace& APlace) {
-    try {
-      return TArray<TStringPair>(Map::StringToDescriptionList(APlace.GetInformationItems()));
-    } catch (const EConvertError& Error) {
-      INode* const Node = Supports<INode>(&APlace);
-      throw EConvertError(fmt::format(Messages::SNoDescription,
-                                      Node ? Map::PlaceInScene(*Node) : APlace.GetName(),
-                                      Error.what()));
-    }
   }
 
   void AddPaths() {
@@ -126,6 +132,12 @@ class TExtraction {
 };
 
 }  // namespace
+
+void RequireReadableInformation(Scene::TScene& AScene) {
+  RequireInformation<IDesignShape>(AScene);
+  RequireInformation<IDesignBeacon>(AScene);
+  RequireInformation<IDesignZone>(AScene);
+}
 
 TFencingProject ExtractProject(Scene::TScene& AScene) {
   return TExtraction(AScene).Run();

@@ -16,4 +16,8 @@ namespace System::Beacon::Fencing {
 /// Raises `EConvertError` for a description list that cannot be read.
 TFencingProject ExtractProject(Scene::TScene& AScene);
 
+/// Raises what `ExtractProject` would raise, also for nodes that the record leaves out. Changes
+/// nothing. Main thread.
+void RequireReadableInformation(Scene::TScene& AScene);
+
 }  // namespace System::Beacon::Fencing

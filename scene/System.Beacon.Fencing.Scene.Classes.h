@@ -134,6 +134,10 @@ class TNode : public TEntity, public virtual INode {
   void DisableMode(TMode AMode) override { FMode.Disable(AMode); }
   TModeSet GetMode() const override { return FMode; }
 
+  /// Another number whenever nodes have come or gone at or below this one, or one of them has got
+  /// another opacity: until then what was found out about them may be kept.
+  std::uint32_t GetRevision() const noexcept { return FRevision; }
+
   /// True while `SetChildren` runs: the tree is being loaded, not edited.
   bool GetLoadingChildren() const noexcept { return FLoadingChildren; }
   void SetLoadingChildren(bool AValue) noexcept { FLoadingChildren = AValue; }
@@ -154,6 +158,8 @@ class TNode : public TEntity, public virtual INode {
   virtual void ChangedChildrenOrder(const TNodes&) {}
   virtual void SettedMode(TModeSet) {}
   void ChangedName(const std::string& AnOldName) override;
+  /// To be told what `GetRevision` counts.
+  void ChangedRevision() noexcept;
 
   /// The same as `GetChildAt`, not counted.
   TNode* GetChildObject(std::int32_t AIndex) const { return FChildren[AIndex].Get(); }
@@ -186,6 +192,7 @@ class TNode : public TEntity, public virtual INode {
 
   TModeSet FMode{TMode::Visible, TMode::Active};
   bool FLoadingChildren = false;
+  std::uint32_t FRevision = 0;
   TNode* FParent = nullptr;  // looks at it
   TChildren FChildren;
   // While a node moves from one parent to another it stands in both lists for a moment.

@@ -100,6 +100,7 @@ void TNode::Insert(TNode& AChild, std::int32_t AIndex) {
   if (AChild.FPlace.Parent) AChild.FFormerPlace = AChild.FPlace;
   AChild.FPlace = {this, AIndex};
   Renumber(AIndex + 1, GetChildCount());
+  ChangedRevision();
 }
 
 void TNode::TakeOut(std::int32_t AIndex) {
@@ -109,6 +110,7 @@ void TNode::TakeOut(std::int32_t AIndex) {
     if (Place->Parent == this) *Place = {};
   if (!Child->FPlace.Parent) std::swap(Child->FPlace, Child->FFormerPlace);
   Renumber(AIndex, GetChildCount());
+  ChangedRevision();
   TookOut(*Child);
 }
 
@@ -126,6 +128,10 @@ void TNode::SetOrder(TChildren AChildren) {
   FChildren = std::move(AChildren);
   Renumber(0, GetChildCount());
   ChangedOrder();
+}
+
+void TNode::ChangedRevision() noexcept {
+  for (TNode* Node = this; Node; Node = Node->FParent) ++Node->FRevision;
 }
 
 // ---------------------------------------------------------------- looking

@@ -158,6 +158,7 @@ void TSceneNode::SetClipChildren(bool AValue) {
 void TSceneNode::SetOpacity(float AValue) {
   if (AValue == FOpacity || !std::isfinite(AValue)) return;
   FOpacity = AValue;
+  ChangedRevision();
   Repaint();
 }
 
