@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "scene/System.Beacon.Fencing.Scene.h"
+#include "scene/child_list.h"
 
 namespace System::Beacon::Fencing::Scene {
 
@@ -168,7 +169,7 @@ class TNode : public TEntity, public virtual INode {
   /// Where a node stands in the list of a parent.
   struct TPlace {
     const TNode* Parent = nullptr;
-    std::int32_t Index = -1;
+    std::uint32_t Number = 0;
   };
   using TChildren = std::vector<TRef<TNode>>;
 
@@ -177,7 +178,7 @@ class TNode : public TEntity, public virtual INode {
   virtual void ChangedOrder() {}
 
   std::int32_t FindIndex(const TNode& AChild) const;
-  void Insert(TNode& AChild, std::int32_t AIndex);
+  void Insert(TNode& AChild, bool AFront);
   void TakeOut(std::int32_t AIndex);
   void FinishAdding(TNode& AChild, bool AFront);
   void Move(std::int32_t AFrom, std::int32_t ATo);
@@ -194,7 +195,7 @@ class TNode : public TEntity, public virtual INode {
   bool FLoadingChildren = false;
   std::uint32_t FRevision = 0;
   TNode* FParent = nullptr;  // looks at it
-  TChildren FChildren;
+  TChildList<TRef<TNode>> FChildren;
   // While a node moves from one parent to another it stands in both lists for a moment.
   TPlace FPlace;
   TPlace FFormerPlace;
@@ -356,7 +357,11 @@ class TSceneNode : public TNode, public virtual ISceneNode {
                              TSceneNodes* ANodes);
   void TookOut(TNode& AChild) override;
   void ChangedOrder() override;
-  void RenumberSceneChildren(std::size_t AFirst, std::size_t ALast);
+  void RenumberSceneChildren(std::size_t AFirst);
+  /// Of two scene children of one node.
+  static bool IsBefore(const TSceneNode* A, const TSceneNode* B) {
+    return static_cast<std::int32_t>(A->FSceneNumber - B->FSceneNumber) < 0;
+  }
 
   friend class TChildIndex;
   bool IsWide() const;
@@ -380,9 +385,9 @@ class TSceneNode : public TNode, public virtual ISceneNode {
   bool FClipChildren = false;
   float FOpacity = 1.0F;
   TSceneNode* FSceneParent = nullptr;
-  std::vector<TSceneNode*> FSceneChildren;
+  TChildList<TSceneNode*> FSceneChildren;
   TSceneNode* FListedIn = nullptr;           // whose scene children hold this node,
-  std::int32_t FSceneIndex = -1;             // and where
+  std::uint32_t FSceneNumber = 0;            // and where
   std::int32_t FIndexItem = -1;              // its number in the index of that node
   std::unique_ptr<TChildIndex> FChildIndex;  // made for many children, by the first search
   TRef<TSceneLink> FScene;

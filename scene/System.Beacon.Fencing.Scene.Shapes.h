@@ -51,13 +51,10 @@ class TBrush : public TObject {
   bool FEnableFill = true;
 };
 
-// ---------------------------------------------------------------- TShapeBase
-
-/// A shape with a place and a brush.
-class TShapeBase : public TLocationShape {
+/// A node of class `TBase` that has a brush.
+template <class TBase>
+class TBrushed : public TBase {
  public:
-  FENCING_CLASS_INFO()
-
   TBrush& GetBrush() { return FBrush; }
   TAlphaColor GetFillColor() const { return FBrush.GetFillColor(); }
   void SetFillColor(TAlphaColor AValue) { FBrush.SetFillColor(AValue, *this); }
@@ -69,6 +66,18 @@ class TShapeBase : public TLocationShape {
   void SetBitmap(const TRef<Canvas::IBitmap>& AValue) { FBrush.SetBitmap(AValue, *this); }
   std::string GetBitmapPath() const { return FBrush.GetBitmapPath(); }
   void SetBitmapPath(const std::string& AValue) { FBrush.SetBitmapPath(AValue, *this); }
+
+ protected:
+  TBrush FBrush;
+};
+
+// ---------------------------------------------------------------- TShapeBase
+
+/// A shape with a place and a brush.
+class TShapeBase : public TBrushed<TLocationShape> {
+ public:
+  FENCING_CLASS_INFO()
+
   void SetEnableFill(bool AValue) override { FBrush.SetEnableFill(AValue, *this); }
   bool GetEnableFill() const override { return FBrush.GetEnableFill(); }
 
@@ -87,8 +96,6 @@ class TShapeBase : public TLocationShape {
   void DoPaint(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix) override;
   /// Draws the shape itself; brush and matrix are set, coordinates are local.
   virtual void Draw(Canvas::ICanvas& ACanvas) = 0;
-
-  TBrush FBrush;
 };
 
 // ---------------------------------------------------------------- shapes of a rectangle
@@ -176,21 +183,10 @@ class TSegment : public TShapeBase, public virtual ISegment {
 /// and to displace it is to move them. Fill and stroke are for descendants; the shape itself is a
 /// dashed line, an aid of editors. Handlers hear of a change after it was made, of the points
 /// first, then of the rectangle that bounds them.
-class TControlPointsShape : public TSceneNode, public virtual IControlPointsShape {
+class TControlPointsShape : public TBrushed<TSceneNode>, public virtual IControlPointsShape {
  public:
   FENCING_CLASS_INFO()
 
-  TBrush& GetBrush() { return FBrush; }
-  TAlphaColor GetFillColor() const { return FBrush.GetFillColor(); }
-  void SetFillColor(TAlphaColor AValue) { FBrush.SetFillColor(AValue, *this); }
-  TAlphaColor GetStrokeColor() const { return FBrush.GetStrokeColor(); }
-  void SetStrokeColor(TAlphaColor AValue) { FBrush.SetStrokeColor(AValue, *this); }
-  float GetStrokeThickness() const { return FBrush.GetStrokeThickness(); }
-  void SetStrokeThickness(float AValue) { FBrush.SetStrokeThickness(AValue, *this); }
-  TRef<Canvas::IBitmap> GetBitmap() const { return FBrush.GetBitmap(); }
-  void SetBitmap(const TRef<Canvas::IBitmap>& AValue) { FBrush.SetBitmap(AValue, *this); }
-  std::string GetBitmapPath() const { return FBrush.GetBitmapPath(); }
-  void SetBitmapPath(const std::string& AValue) { FBrush.SetBitmapPath(AValue, *this); }
   bool GetDrawPolylines() const { return FDrawPolylines; }
   /// Repaints nothing.
   void SetDrawPolylines(bool AValue) { FDrawPolylines = AValue; }
@@ -261,8 +257,6 @@ class TControlPointsShape : public TSceneNode, public virtual IControlPointsShap
   bool HasControlPoint(std::int32_t AIndex) const {
     return AIndex >= 0 && AIndex < GetControlPointCount();
   }
-
-  TBrush FBrush;
 
  private:
   void ComputeRect();

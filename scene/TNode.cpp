@@ -16,7 +16,7 @@ TNode* AsNode(const INode* ANode) {
 /// The first of some nodes for each name, letter case ignored; made for many names only.
 class TNameIndex {
  public:
-  TNameIndex(const TNames& ANames, const std::vector<TRef<TNode>>& ANodes) {
+  TNameIndex(const TNames& ANames, const TChildList<TRef<TNode>>& ANodes) {
     constexpr std::size_t ManyNames = 8;
     if (ANames.size() < ManyNames) return;
     for (std::size_t I = 0; I < ANodes.size(); ++I)
@@ -79,7 +79,7 @@ void TNode::ChangedName(const std::string& AnOldName) {
 /// The index of a child; its place tells it, unless it stands in the lists of several parents.
 std::int32_t TNode::FindIndex(const TNode& AChild) const {
   for (const TPlace* Place : {&AChild.FPlace, &AChild.FFormerPlace})
-    if (Place->Parent == this) return Place->Index;
+    if (Place->Parent == this) return FChildren.GetIndex(Place->Number);
   if (!AChild.FFormerPlace.Parent) return -1;
   const auto Found = std::find_if(FChildren.begin(), FChildren.end(), [&](const auto& AOther) {
     return AOther.Get() == &AChild;
@@ -91,25 +91,26 @@ std::int32_t TNode::FindIndex(const TNode& AChild) const {
 void TNode::Renumber(std::int32_t AFirst, std::int32_t ALast) {
   for (std::int32_t I = AFirst; I < ALast; ++I) {
     TNode& Child = *FChildren[I];
-    (Child.FPlace.Parent == this ? Child.FPlace : Child.FFormerPlace) = {this, I};
+    (Child.FPlace.Parent == this ? Child.FPlace : Child.FFormerPlace) = {this,
+                                                                         FChildren.GetNumber(I)};
   }
 }
 
-void TNode::Insert(TNode& AChild, std::int32_t AIndex) {
-  FChildren.insert(FChildren.begin() + AIndex, TRef<TNode>(&AChild));
+void TNode::Insert(TNode& AChild, bool AFront) {
+  const TRef<TNode> Child(&AChild);
+  AFront ? FChildren.PushFront(Child) : FChildren.PushBack(Child);
   if (AChild.FPlace.Parent) AChild.FFormerPlace = AChild.FPlace;
-  AChild.FPlace = {this, AIndex};
-  Renumber(AIndex + 1, GetChildCount());
+  AChild.FPlace = {this, FChildren.GetNumber(AFront ? 0 : FChildren.size() - 1)};
   ChangedRevision();
 }
 
 void TNode::TakeOut(std::int32_t AIndex) {
-  const TRef<TNode> Child = std::move(FChildren[AIndex]);
-  FChildren.erase(FChildren.begin() + AIndex);
+  const TRef<TNode> Child = FChildren[AIndex];
+  const std::size_t FirstMoved = FChildren.Erase(AIndex);
   for (TPlace* Place : {&Child->FPlace, &Child->FFormerPlace})
     if (Place->Parent == this) *Place = {};
   if (!Child->FPlace.Parent) std::swap(Child->FPlace, Child->FFormerPlace);
-  Renumber(AIndex, GetChildCount());
+  Renumber(static_cast<std::int32_t>(FirstMoved), GetChildCount());
   ChangedRevision();
   TookOut(*Child);
 }
@@ -125,7 +126,7 @@ void TNode::Move(std::int32_t AFrom, std::int32_t ATo) {
 }
 
 void TNode::SetOrder(TChildren AChildren) {
-  FChildren = std::move(AChildren);
+  FChildren.Assign(std::move(AChildren));
   Renumber(0, GetChildCount());
   ChangedOrder();
 }
@@ -185,7 +186,7 @@ void TNode::AddChild(const TRef<INode>& AChild, bool AFront) {
   const TRef<TNode> Child(AsNode(AChild.Get()));
   if (!Child || IsBelow(*Child) || FindIndex(*Child) >= 0) return;
   const TRef<TNode> Keep(this);
-  Insert(*Child, AFront ? 0 : GetChildCount());
+  Insert(*Child, AFront);
   try {
     Child->SetParent(this);
   } catch (...) {

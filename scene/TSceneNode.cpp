@@ -77,21 +77,21 @@ void TSceneNode::Detach() {
 
 std::int32_t TSceneNode::GetSceneChildIndex(const INode* ANode) const {
   const auto* const Node = dynamic_cast<const TSceneNode*>(ANode);
-  return Node && Node->FListedIn == this ? Node->FSceneIndex : -1;
+  return Node && Node->FListedIn == this ? FSceneChildren.GetIndex(Node->FSceneNumber) : -1;
 }
 
-void TSceneNode::RenumberSceneChildren(std::size_t AFirst, std::size_t ALast) {
-  for (std::size_t I = AFirst; I < ALast; ++I)
-    FSceneChildren[I]->FSceneIndex = static_cast<std::int32_t>(I);
+void TSceneNode::RenumberSceneChildren(std::size_t AFirst) {
+  for (std::size_t I = AFirst; I < FSceneChildren.size(); ++I)
+    FSceneChildren[I]->FSceneNumber = FSceneChildren.GetNumber(I);
 }
 
 void TSceneNode::AddedChild(INode* AChild, bool AFront) {
   TSceneNode* const Child = Scene::AsSceneNode(AChild);
   if (!Child || Child->FListedIn) return;
   Child->Repaint();
-  FSceneChildren.insert(AFront ? FSceneChildren.begin() : FSceneChildren.end(), Child);
+  AFront ? FSceneChildren.PushFront(Child) : FSceneChildren.PushBack(Child);
   Child->FListedIn = this;
-  RenumberSceneChildren(AFront ? 0 : FSceneChildren.size() - 1, FSceneChildren.size());
+  Child->FSceneNumber = FSceneChildren.GetNumber(AFront ? 0 : FSceneChildren.size() - 1);
   if (FChildIndex) FChildIndex->Add(*Child);
   ChangedExtent();
   if (Supports<IShape>(Child)) InvalidateChild(*Child);
@@ -107,9 +107,7 @@ void TSceneNode::RemovedChild(INode* AChild) {
 void TSceneNode::TookOut(TNode& AChild) {
   TSceneNode* const Child = Scene::AsSceneNode(&AChild);
   if (!Child || Child->FListedIn != this) return;
-  const auto Index = static_cast<std::size_t>(std::exchange(Child->FSceneIndex, -1));
-  FSceneChildren.erase(FSceneChildren.begin() + static_cast<std::ptrdiff_t>(Index));
-  RenumberSceneChildren(Index, FSceneChildren.size());
+  RenumberSceneChildren(FSceneChildren.Erase(FSceneChildren.GetIndex(Child->FSceneNumber)));
   Child->FListedIn = nullptr;
   if (FChildIndex) FChildIndex->Remove(*Child);
   if (FSceneChildren.empty()) FChildIndex = nullptr;
@@ -123,7 +121,7 @@ void TSceneNode::ChangedOrder() {
     TSceneNode* const Child = Scene::AsSceneNode(GetChildObject(I));
     if (Child && Child->FListedIn == this) FSceneChildren[Count++] = Child;
   }
-  RenumberSceneChildren(0, Count);
+  RenumberSceneChildren(0);
 }
 
 void TSceneNode::SettedParent(INode* AParent) {
@@ -192,9 +190,7 @@ void TSceneNode::PaintChildren(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix)
     Area = AreaBehind(*Scene->FPaintArea, Scene->GetViewProjectionViewportMatrix());
   TChildIndex::TChildren Found;
   if (Area && IsWide() && GetIndexOfChildren().Find(*Area, AMatrix, Found)) {
-    std::sort(Found.begin(), Found.end(), [](const TSceneNode* A, const TSceneNode* B) {
-      return A->FSceneIndex < B->FSceneIndex;
-    });
+    std::sort(Found.begin(), Found.end(), IsBefore);
     const std::vector<TRef<TSceneNode>> Children(Found.begin(), Found.end());
     for (const TRef<TSceneNode>& Child : Children)
       if (Child->FListedIn == this) Child->Paint(ACanvas, AMatrix);
@@ -384,12 +380,9 @@ bool TSceneNode::FindChildByIndex(TPointF APoint,
   TChildIndex::TChildren Found = std::move(Spare);
   Found.clear();
   const bool CanTell = GetIndexOfChildren().Find(AreaOf(APoint), AMatrix, Found);
-  const auto IsBelow = [](const TSceneNode* A, const TSceneNode* B) {
-    return A->FSceneIndex < B->FSceneIndex;
-  };
-  std::make_heap(Found.begin(), Found.end(), IsBelow);
+  std::make_heap(Found.begin(), Found.end(), IsBefore);
   for (auto End = Found.end(); CanTell && End != Found.begin() && (ANodes || !AResult); --End) {
-    std::pop_heap(Found.begin(), End, IsBelow);
+    std::pop_heap(Found.begin(), End, IsBefore);
     TPointF Local;
     ISceneNode* const Answer = AskChild(**(End - 1), APoint, Local, AMatrix, ANodes);
     if (!Answer || AResult) continue;
