@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -15,8 +16,11 @@ std::string NameOf(const TBeaconsRegion& ARegion) {
   Text << static_cast<int>(ARegion.KindofBeacon);
   if (ARegion.KindofBeacon == TKindofBeacon::Eddystone) {
     const TEddysUIDRegion& Part = ARegion.EddysUIDRegion;
-    Text << " n" << int{Part.UID.Namespace[0]} << " "
-         << (Part.HasInstance ? "i" + std::to_string(Part.UID.Instance[0]) : "*");
+    Text << " n" << int{Part.UID.Namespace[0]};
+    if (Part.HasInstance)
+      Text << " i" << int{Part.UID.Instance[0]};
+    else
+      Text << " *";
   } else {
     const TiBAltBeaconRegion& Part = ARegion.iBAltBeaconRegion;
     Text << " u" << int{Part.GUID.Bytes[0]} << " " << Number(Part.Major) << " "
@@ -149,16 +153,20 @@ std::vector<TBeaconsRegion> MergePlainly(const TBeaconZones& AZones) {
 
 TEST(Regions, AreThoseOfTheStepByStepMerging) {
   TRandomStream Random(7);
-  const auto Below = [&Random](std::uint32_t A) { return std::to_string(Random.NextBelow(A)); };
+  const auto Below = [&Random](std::uint32_t A) { return Random.NextBelow(A); };
   for (int Round = 0; Round < 3000; ++Round) {
     TBeaconZones Zones(nullptr);
     TBeaconZoneItem* Zone = Zones.Add();
     for (std::uint32_t Items = Random.NextBelow(12); Items > 0; --Items) {
       const std::uint32_t Kind = Random.NextBelow(4);
       AddItem(*Zone,
-              Kind == 2 ? "2 n" + Below(3) + " i" + Below(3)
-                        : std::to_string(Kind) + " u" + Below(3) + " " + Below(3) + " " + Below(3) +
-                              (Random.NextBelow(2) ? " " + Below(2) : ""));
+              Kind == 2 ? fmt::format("2 n{} i{}", Below(3), Below(3))
+                        : fmt::format("{} u{} {} {}{}",
+                                      Kind,
+                                      Below(3),
+                                      Below(3),
+                                      Below(3),
+                                      Below(2) ? fmt::format(" {}", Below(2)) : ""));
       if (Random.NextBelow(3) == 0) Zone = Zones.Add();
     }
     const std::vector<TBeaconsRegion> Expected = MergePlainly(Zones);

@@ -1,4 +1,5 @@
 // The component against a model that walks and compares as the description of the events has it.
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "platform/random.h"
@@ -154,7 +155,7 @@ class TComparison {
 
   void AddZone() {
     TBeaconZoneItem& Zone = *FZones.Add();
-    Zone.SetDisplayName("Z" + std::to_string(Zone.GetID()));
+    Zone.SetDisplayName(fmt::format("Z{}", Zone.GetID()));
     for (int Items = Below(4); Items > 0; --Items) {
       TBeaconItem& Item = *Zone.GetBeaconList()->Add();
       Item.SetGUID(TestGUID);

@@ -11,7 +11,7 @@ namespace {
 
 /// Elements as name(attributes)[children], texts in quotes, instructions between question marks.
 std::string OutlineOf(const TRef<IXMLNode>& ANode) {
-  if (ANode->GetKind() == TXMLNodeKind::Text) return "'" + ANode->GetText() + "'";
+  if (ANode->GetKind() == TXMLNodeKind::Text) return fmt::format("'{}'", ANode->GetText());
   if (ANode->GetKind() == TXMLNodeKind::Instruction)
     return fmt::format("?{} {}?", ANode->GetNodeName(), ANode->GetText());
   std::string Attributes, Children;
@@ -19,13 +19,14 @@ std::string OutlineOf(const TRef<IXMLNode>& ANode) {
     Attributes += fmt::format(" {}={}", Attribute.Name, Attribute.Value);
   std::size_t Count = 0;
   for (TRef<IXMLNode> Child = ANode->GetFirstChild(); Child; Child = Child->GetNextSibling()) {
-    Children += (Count++ > 0 ? " " : "") + OutlineOf(Child);
+    if (Count++ > 0) Children += ' ';
+    Children += OutlineOf(Child);
   }
   EXPECT_EQ(ANode->GetChildCount(), Count);
   return fmt::format("{}{}{}",
                      ANode->GetNodeName(),
-                     Attributes.empty() ? "" : "(" + Attributes.substr(1) + ")",
-                     Children.empty() ? "" : "[" + Children + "]");
+                     Attributes.empty() ? "" : fmt::format("({})", Attributes.substr(1)),
+                     Children.empty() ? "" : fmt::format("[{}]", Children));
 }
 
 std::string OutlineOf(const std::string& AText) {

@@ -1,6 +1,7 @@
 // Zones over a point, found and asked one by one.
 #include "runtimepaint/zone_finder.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -70,7 +71,7 @@ class TRandomZones {
     return std::uniform_real_distribution<float>(AFrom, ATo)(FRandom);
   }
   void AddZone(int AKind) {
-    const std::string Name = "Z" + std::to_string(AKind);
+    const std::string Name = fmt::format("Z{}", AKind);
     const TPointF At = Point();
     const std::array<TPointF, 3> Corners{At, At + TPointF{Number(0, 9), 1}, At + TPointF{2, 5}};
     if (AKind % 3 == 0)

@@ -1,6 +1,7 @@
 #include "support/scripted_source.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 
 #include "platform/beacons/simulated/beacon_payload.h"
@@ -18,8 +19,10 @@ void Append16(TPayload& APayload, int AValue) {
 }
 
 TPayload EddystonePayload(const TPayload& AFrame) {
-  TPayload Result{static_cast<std::uint8_t>(AFrame.size() + 3), 0x16, 0xAA, 0xFE};
-  Result.insert(Result.end(), AFrame.begin(), AFrame.end());
+  const std::array<std::uint8_t, 4> Head{
+      static_cast<std::uint8_t>(AFrame.size() + 3), 0x16, 0xAA, 0xFE};
+  TPayload Result(Head.size() + AFrame.size());
+  std::copy(AFrame.begin(), AFrame.end(), std::copy(Head.begin(), Head.end(), Result.begin()));
   return Result;
 }
 

@@ -106,7 +106,7 @@ class Tracker : public testing::Test, private ITrackerListener {
   }
   static std::string NamesOf(const TBeaconList& AList) {
     std::string Result;
-    for (const TRef<IBeacon>& Beacon : AList) Result += " " + NameOf(*Beacon);
+    for (const TRef<IBeacon>& Beacon : AList) (Result += ' ') += NameOf(*Beacon);
     return Result;
   }
   void LogList(const std::string& AWhat, const TRef<IBeacon>& ABeacon, const TBeaconList& AList) {
