@@ -1,13 +1,12 @@
-// The list of handlers against a model that is written as plainly as can be, and the rules that are
-// easy to lose.
+// The list of handlers against a model that is written as plainly as can be.
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <deque>
+#include <array>
 #include <functional>
 #include <memory>
 #include <stdexcept>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/random.h"
@@ -18,147 +17,48 @@ namespace {
 
 constexpr TEventMask Bit = 0x20;
 
-/// Writes its name when it is called, then does what the test wants.
+/// Says which of its two handlers was called.
 struct TListener : TObject {
-  explicit TListener(char AName, std::string* ALog) : Name(AName), Log(ALog) {}
-  void Hear() {
-    *Log += Name;
-    if (OnHear) OnHear();
-  }
-  void HearToo() { *Log += static_cast<char>(Name - 'a' + 'A'); }
+  void Hear() { OnHear(0); }
+  void HearToo() { OnHear(1); }
 
-  char Name;
-  std::string* Log;
-  std::function<void()> OnHear;
+  std::function<void(int)> OnHear;
 };
 
-struct TEventListTest : testing::Test {
-  void Add(TListener& AListener, std::uint16_t AnId = 1) {
-    List.AddEvent(Bit, AnId, Bind<&TListener::Hear>(&AListener));
+TEST(TEventList, KeepsACallableUntilItHasReturnedOrRaised) {
+  for (const bool Raises : {false, true}) {
+    TEventList List;
+    const auto Kept = std::make_shared<int>(7);
+    TMethod<void()> Handler([&List, Raises, Kept] {
+      List.RemoveEvent(List.GetEventList()[0].GetReceiver());
+      EXPECT_EQ(*Kept, 7);
+      if (Raises) throw std::runtime_error("not today");
+    });
+    List.AddEvent(Bit, 1, std::exchange(Handler, {}));
+    if (Raises) {
+      EXPECT_THROW(TEventCall0::Call(List, Bit, 1), std::runtime_error);
+    } else {
+      TEventCall0::Call(List, Bit, 1);
+    }
+    EXPECT_EQ(List.GetEventCount(), 0);
+    EXPECT_EQ(Kept.use_count(), 1);
   }
-  void Remove(TListener& AListener, std::uint16_t AnId = 1) {
-    List.RemoveEvent(Bit, AnId, Bind<&TListener::Hear>(&AListener));
-  }
-  std::string Emit(int AnId = 1) {
-    Log.clear();
-    TEventCall0::Call(List, Bit, AnId);
-    return Log;
-  }
-  std::vector<int> Ids() const { return {List.GetIdList().begin(), List.GetIdList().end()}; }
-
-  TEventList List;
-  std::string Log;
-  TListener A{'a', &Log}, B{'b', &Log}, C{'c', &Log}, D{'d', &Log};
-};
-
-TEST_F(TEventListTest, KeepsTheHandlersOfAKindTogetherInTheOrderOfTheirAdding) {
-  Add(A, 5);
-  Add(B, 7);
-  Add(C, 5);
-  Add(A, 5);
-
-  EXPECT_EQ(Ids(), (std::vector<int>{5, 5, 5, 7}));
-  EXPECT_EQ(Emit(5), "aca");
-  EXPECT_EQ(sizeof(TEventList), 16U);
-}
-
-TEST_F(TEventListTest, ClearsTheFilterBitOfAKindThatNobodyListensTo) {
-  Add(A, 1);
-  List.RemoveEvent(&A);
-  EXPECT_TRUE(List.IsEnabledMask(Bit)) << "only an emission looks";
-  EXPECT_EQ(Emit(), "");
-  EXPECT_FALSE(List.IsEnabledMask(Bit));
-  Add(B);
-  EXPECT_EQ(Emit(), "b");
-  Remove(B);
-  EXPECT_FALSE(List.IsEnabledMask(Bit));
-}
-
-TEST_F(TEventListTest, RemovesTheFirstEqualHandlerWhateverItsKind) {
-  Add(A, 1);
-  Add(A, 2);
-  Remove(A, 2);
-  EXPECT_EQ(Ids(), (std::vector<int>{2}));
-  List.AddEvent(Bit, 2, Bind<&TListener::HearToo>(&A));
-  Remove(A, 2);
-  EXPECT_EQ(Emit(2), "A") << "code and receiver must both be equal";
-}
-
-TEST_F(TEventListTest, DoesNotCallWhatWasRemovedMeanwhile) {
-  for (TListener* Each : {&A, &B, &C}) Add(*Each);
-  Add(C, 2);
-  A.OnHear = [this] {
-    Remove(A);
-    List.RemoveEvent(&C);
-    EXPECT_EQ(List.GetEventCount(), 4);
-  };
-  EXPECT_EQ(Emit(), "ab");
-  EXPECT_EQ(List.GetEventCount(), 1);
-  EXPECT_EQ(Emit(), "b");
-}
-
-TEST_F(TEventListTest, CallsWhatIsAddedMeanwhileOnlyAtTheEndOfTheList) {
-  Add(A, 2);
-  A.OnHear = [this] {
-    A.OnHear = nullptr;
-    Add(B, 2);
-  };
-  EXPECT_EQ(Emit(2), "ab");
-  Add(C, 3);
-  A.OnHear = [this] {
-    A.OnHear = nullptr;
-    Add(D, 2);
-  };
-  EXPECT_EQ(Emit(2), "ab") << "another kind stands between";
-  EXPECT_EQ(Ids(), (std::vector<int>{2, 2, 2, 3}));
-}
-
-TEST_F(TEventListTest, TidiesUpAtTheEndOfAnInnerEmission) {
-  for (TListener* Each : {&A, &B, &C, &D}) Add(*Each);
-  A.OnHear = [this] {
-    A.OnHear = nullptr;
-    Remove(A);
-    TEventCall0::Call(List, Bit, 1);  // b c d; then a is gone and the outer walk is one too far
-    Remove(D);                        // at once, as if no emission were running
-  };
-  EXPECT_EQ(Emit(), "abcdc");
-  EXPECT_EQ(Emit(), "bc");
-}
-
-TEST_F(TEventListTest, EndsAnEmissionThatRaises) {
-  Add(A);
-  A.OnHear = [this] {
-    Remove(A);
-    throw std::runtime_error("not today");
-  };
-  EXPECT_THROW(Emit(), std::runtime_error);
-  EXPECT_EQ(List.GetEventCount(), 0);
-}
-
-TEST_F(TEventListTest, KeepsACallableUntilItHasReturned) {
-  const auto Kept = std::make_shared<int>(7);
-  TMethod<void()> Handler([this, Kept] {
-    List.RemoveEvent(List.GetEventList()[0].GetReceiver());
-    EXPECT_EQ(*Kept, 7);
-  });
-  List.AddEvent(Bit, 1, Handler);
-  Handler = {};
-  Emit();
-  EXPECT_EQ(Kept.use_count(), 1);
 }
 
 // ---------------------------------------------------------------- random use beside a model
 
-/// The same rules over a vector.
+/// The same rules over a vector. Handlers have numbers, two a listener.
 struct TModel {
   struct TEntry {
     int Id;
-    int Listener;  // -1: cleared
+    int Handler;  // -1: cleared
   };
   std::vector<TEntry> Entries;
+  TEventMask Bits = 0;  // only removals and emissions look whether anybody listens
   bool Calling = false, HasCleared = false, HasStrays = false;
 
-  void Add(int AnId, int AListener) {
+  void Add(int AnId, int AHandler) {
+    Bits |= Bit << AnId;
     auto At = Entries.end();
     for (auto I = Entries.begin(); I != Entries.end(); ++I)
       if (I->Id == AnId) At = I + 1;
@@ -168,19 +68,39 @@ struct TModel {
     } else if (Calling && !Entries.empty() && Entries.back().Id == AnId) {
       HasStrays = true;
     }
-    Entries.insert(At, {AnId, AListener});
+    Entries.insert(At, {AnId, AHandler});
   }
-  void Remove(int AListener, bool AAll) {
-    for (std::size_t I = 0; I < Entries.size(); ++I) {
-      if (Entries[I].Listener != AListener) continue;
-      Entries[I].Listener = -1;
-      HasCleared = true;
-      if (!AAll) break;
-    }
+  void Remove(int AnId, int AHandler) {
+    const auto Found = std::find_if(
+        Entries.begin(), Entries.end(), [&](const TEntry& E) { return E.Handler == AHandler; });
+    if (Found == Entries.end()) return;
+    Clear(*Found);
+    if (Calling) return;
+    Tidy();
+    if (Find(AnId) == Entries.end()) Bits &= ~(Bit << AnId);
+  }
+  void RemoveListener(int AListener) {
+    for (TEntry& Entry : Entries)
+      if (Entry.Handler >= 0 && Entry.Handler / 2 == AListener) Clear(Entry);
     if (!Calling) Tidy();
   }
+  /// Whether anybody is to be called.
+  bool Begin(int AnId) {
+    if (Find(AnId) == Entries.end()) Bits &= ~(Bit << AnId);
+    const bool IsHeard = (Bits & Bit << AnId) != 0;
+    Calling = Calling || IsHeard;
+    return IsHeard;
+  }
+  std::vector<TEntry>::iterator Find(int AnId) {
+    return std::find_if(
+        Entries.begin(), Entries.end(), [&](const TEntry& E) { return E.Id == AnId; });
+  }
+  void Clear(TEntry& AnEntry) {
+    AnEntry.Handler = -1;
+    HasCleared = true;
+  }
   void Tidy() {
-    if (HasCleared) std::erase_if(Entries, [](const TEntry& E) { return E.Listener < 0; });
+    if (HasCleared) std::erase_if(Entries, [](const TEntry& E) { return E.Handler < 0; });
     HasCleared = false;
   }
   void End() {
@@ -197,21 +117,21 @@ struct TModel {
 class TRandomUse : public TObject {
  public:
   explicit TRandomUse(std::uint64_t ASeed) : FRandom(ASeed) {
-    for (int I = 0; I < Listeners; ++I) FListeners.emplace_back('a', &FHeard).Name = Name(I);
-    for (TListener& Listener : FListeners) Listener.OnHear = [this] { Heard(); };
+    for (int I = 0; I < Listeners; ++I)
+      FListeners[I].OnHear = [this, I](int AWhich) { Heard(2 * I + AWhich); };
   }
   void Step() {
-    const int Id = Below(Kinds), Listener = Below(Listeners), What = Below(8);
+    const int Id = Below(Kinds), Handler = Below(2 * Listeners), What = Below(8);
     if (What < 3 && FModel.Entries.size() < 40) {
-      FList.AddEvent(Bit << Id, static_cast<std::uint16_t>(Id), Handler(Listener));
-      FModel.Add(Id, Listener);
+      FList.AddEvent(Bit << Id, static_cast<std::uint16_t>(Id), Bound(Handler));
+      FModel.Add(Id, Handler);
     } else if (What < 5) {
-      FList.RemoveEvent(Bit << Id, static_cast<std::uint16_t>(Id), Handler(Listener));
-      FModel.Remove(Listener, false);
+      FList.RemoveEvent(Bit << Id, static_cast<std::uint16_t>(Id), Bound(Handler));
+      FModel.Remove(Id, Handler);
     } else if (What == 5) {
-      FList.RemoveEvent(&FListeners[Listener]);
-      FModel.Remove(Listener, true);
-    } else if (FDepth < 3) {
+      FList.RemoveEvent(&FListeners[Handler / 2]);
+      FModel.RemoveListener(Handler / 2);
+    } else if (FWalks.size() < 3) {
       Emit(Id);
     }
     Compare();
@@ -220,63 +140,61 @@ class TRandomUse : public TObject {
  private:
   static constexpr int Kinds = 4, Listeners = 6;
 
-  static char Name(int AListener) { return static_cast<char>('a' + AListener); }
   int Below(int ABound) {
     return static_cast<int>(FRandom.NextBelow(static_cast<std::uint32_t>(ABound)));
   }
-  TMethod<void()> Handler(int AListener) { return Bind<&TListener::Hear>(&FListeners[AListener]); }
+  TMethod<void()> Bound(int AHandler) {
+    TListener* const Listener = &FListeners[AHandler / 2];
+    return AHandler % 2 == 0 ? Bind<&TListener::Hear>(Listener)
+                             : Bind<&TListener::HearToo>(Listener);
+  }
 
   void Emit(int AnId) {
-    ++FDepth;
-    const auto Start = std::find_if(FModel.Entries.begin(),
-                                    FModel.Entries.end(),
-                                    [&](const TModel::TEntry& E) { return E.Id == AnId; });
-    const bool IsHeard = FList.IsEnabledMask(Bit << AnId) && Start != FModel.Entries.end();
-    FWalks.push_back({AnId, static_cast<std::size_t>(Start - FModel.Entries.begin())});
-    if (IsHeard) FModel.Calling = true;
+    const bool IsHeard = FModel.Begin(AnId);
+    FWalks.push_back({AnId, static_cast<std::size_t>(FModel.Find(AnId) - FModel.Entries.begin())});
     TEventCall0::Call(FList, Bit << AnId, AnId);
     if (IsHeard) {
       EXPECT_EQ(NextOf(FWalks.back()), -1) << "a handler was left out";
       FModel.End();
     }
     FWalks.pop_back();
-    --FDepth;
   }
 
   struct TWalk {
     int Id;
     std::size_t At;
   };
-  /// The listener that the walk comes to next.
+  /// The handler that the walk comes to next.
   int NextOf(TWalk& AWalk) {
     for (auto& E = FModel.Entries; AWalk.At < E.size() && E[AWalk.At].Id == AWalk.Id;)
-      if (const int Listener = E[AWalk.At++].Listener; Listener >= 0) return Listener;
+      if (const int Handler = E[AWalk.At++].Handler; Handler >= 0) return Handler;
     return -1;
   }
-  void Heard() {
-    EXPECT_EQ(std::string(1, FHeard.back()), std::string(1, Name(NextOf(FWalks.back()))));
+  void Heard(int AHandler) {
+    EXPECT_EQ(AHandler, NextOf(FWalks.back()));
     for (int Steps = Below(3); Steps > 0; --Steps) Step();
   }
   void Compare() {
     ASSERT_EQ(static_cast<std::size_t>(FList.GetEventCount()), FModel.Entries.size());
     for (std::size_t I = 0; I < FModel.Entries.size(); ++I) {
-      const auto [Id, Listener] = FModel.Entries[I];
+      const auto [Id, Handler] = FModel.Entries[I];
       ASSERT_EQ(FList.GetIdList()[I], Id);
       ASSERT_EQ(FList.GetEventList()[I].GetReceiver(),
-                Listener < 0 ? nullptr : &FListeners[Listener]);
+                Handler < 0 ? nullptr : &FListeners[Handler / 2]);
     }
+    for (int Id = 0; Id < Kinds; ++Id)
+      ASSERT_EQ(FList.IsEnabledMask(Bit << Id), (FModel.Bits & Bit << Id) != 0);
   }
 
   TRandomStream FRandom;
-  std::string FHeard;
-  std::deque<TListener> FListeners;
+  std::array<TListener, Listeners> FListeners;
   TEventList FList;
   TModel FModel;
   std::vector<TWalk> FWalks;
-  int FDepth = 0;
 };
 
 TEST(EventListModel, AgreesOnALongRandomUse) {
+  EXPECT_EQ(sizeof(TEventList), 16U);
   TRandomUse Use(1);
   for (int Step = 0; Step < 100'000 && !testing::Test::HasFailure(); ++Step) Use.Step();
 }

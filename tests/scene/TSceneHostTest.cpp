@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <random>
-#include <string>
 
 #include "platform/controls/offscreen_control.h"
 #include "scene/scene_host.h"
@@ -47,21 +46,6 @@ TEST(SceneHost, PicturesOfPartsAddUpToTheWholePicture) {
       ASSERT_EQ(CountDifferent(Parts.GetDrawing(), Whole.GetDrawing()), 0) << "step " << Step;
     }
   }
-}
-
-TEST(SceneHost, GivesThePointerToTheShapesUnderIt) {
-  std::string Log;
-  TWindowScene Scene(&Log);
-  TOffscreenControl Control(300, 200);
-  const TSceneHost Host(Control, Scene.Scene);
-  Control.PointerMove({60, 60});  // three pixels to a unit
-  Control.PointerDown({60, 60});
-  Control.PointerMove({90, 60});
-  Control.PointerMove({120, 90});
-  Control.PointerUp({120, 90});
-  Control.PointerMove({299, 199});
-  EXPECT_EQ(Log, "enter box; down box; up box; exit box; ");
-  EXPECT_EQ(Scene.Shapes[0]->GetDisplacement(), (TPointF{20, 10}));
 }
 
 TEST(SceneHost, KeepsSizesAndPlacesWhenTheControlIsResized) {
