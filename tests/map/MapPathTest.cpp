@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "map/System.Beacon.Fencing.Scene.Beacons.h"
-#include "persistence/System.Beacon.Fencing.Serializer.h"
 #include "platform/errors.h"
 #include "scene/canvas/System.Beacon.Fencing.Canvas.Wyx.h"
 #include "support/pictures.h"
@@ -33,9 +32,49 @@ void NameNodes(TMapPath& APath, const TNames& ANames) {
     APath.GetControlPointNode(static_cast<std::int32_t>(I))->SetName(ANames[I]);
 }
 
-/// What a path should be: the points and the nodes that stand at them, in order.
+/// What a path and a polygon of the same points should be: the points in order with the nodes that
+/// stand at them; every point has a number of its own, by which it is connected.
 struct TModel {
-  std::vector<std::pair<TPointF, TRef<IPathNode>>> Points;
+  struct TPoint {
+    int Number;
+    TPointF Place;
+    TRef<IPathNode> Node;
+  };
+  std::vector<TPoint> Points;
+  std::vector<std::uint8_t> Commands;
+  std::vector<std::pair<int, int>> Connections;
+  int LastNumber = 0;
+
+  void Insert(std::size_t AIndex, TPointF APlace, const TRef<IPathNode>& ANode = nullptr) {
+    const auto At = static_cast<std::ptrdiff_t>(AIndex);
+    Points.insert(Points.begin() + At, {++LastNumber, APlace, ANode});
+    const bool IsFirst = Commands.empty();
+    Commands.insert(Commands.begin() + (IsFirst ? 0 : std::max<std::ptrdiff_t>(At, 1)),
+                    IsFirst ? 0 : 1);
+  }
+  void Remove(std::size_t AIndex) {
+    const int Number = Points[AIndex].Number;
+    Points.erase(Points.begin() + static_cast<std::ptrdiff_t>(AIndex));
+    Commands.erase(Commands.begin() + static_cast<std::ptrdiff_t>(AIndex));
+    std::erase_if(Connections,
+                  [&](const auto& C) { return C.first == Number || C.second == Number; });
+  }
+  std::int32_t IndexOf(int ANumber) const {
+    const auto Found = std::find_if(
+        Points.begin(), Points.end(), [&](const TPoint& P) { return P.Number == ANumber; });
+    return static_cast<std::int32_t>(Found - Points.begin());
+  }
+  TRectF Bounds() const {
+    if (Points.empty()) return {};
+    const TPointF First = Points.front().Place;
+    TRectF R{First.X, First.Y, First.X, First.Y};
+    for (const TPoint& P : Points)
+      R = {std::min(R.Left, P.Place.X),
+           std::min(R.Top, P.Place.Y),
+           std::max(R.Right, P.Place.X),
+           std::max(R.Bottom, P.Place.Y)};
+    return R;
+  }
 
   /// Takes over nodes that the path has made.
   void Expect(TMapPath& APath) {
@@ -43,7 +82,7 @@ struct TModel {
     ASSERT_EQ(Nodes.size(), Points.size());
     ASSERT_EQ(APath.GetChildCount(), std::ssize(Points));
     for (std::size_t I = 0; I < Nodes.size(); ++I) {
-      auto& [Point, Node] = Points[I];
+      auto& [Number, Point, Node] = Points[I];
       if (!Node) Node = Nodes[I];
       ASSERT_TRUE(IsSame(Nodes[I].Get(), Node.Get())) << "slot " << I;
       ASSERT_EQ(Node->GetControlPointIndex(), std::ssize(std::span(Nodes).first(I)));
@@ -51,58 +90,104 @@ struct TModel {
       ASSERT_EQ(Node->GetDisplacement(), Point);
       ASSERT_EQ(APath.GetControlPointNodeIndex(Node.Get()), Node->GetControlPointIndex());
     }
+    TConnections Expected;
+    for (const auto& [From, To] : Connections) Expected.emplace_back(IndexOf(From), IndexOf(To));
+    ASSERT_EQ(APath.GetConnections(), Expected);
+    ASSERT_EQ(APath.GetRect(), Bounds());
   }
 };
 
-TEST(TMapPath, KeepsANodeAtEveryControlPointWhateverIsDone) {
+TEST(TMapPath, StaysInStepWithAPlainModelWhateverIsDone) {
+  enum TAction {
+    Remove,
+    Detach,
+    Renew,
+    Add,
+    AddMore,
+    Insert,
+    AddNode,
+    MoveNode,
+    Set,
+    Move,
+    Connect
+  };
   std::mt19937 Generator(7);
-  const auto Random = [&] { return static_cast<std::uint32_t>(Generator()); };
+  const auto Below = [&](std::size_t ALimit) { return Generator() % ALimit; };
   const auto Path = New<TMapPath>();
+  const auto Polygon = New<TPolygonShape>();
   TModel Model;
   TPathNodes Gone;
-  for (int Step = 0; Step < 5000; ++Step) {
-    const auto Count = static_cast<std::uint32_t>(Model.Points.size());
-    const std::uint32_t Slot = Random() % (Count + 1);
+  TRectF Announced;
+  Polygon->ConnectRectChange(
+      [&](ISceneNode*, const TRectF&, const TRectF& ANew) { Announced = ANew; });
+  for (int Step = 0; Step < 10'000; ++Step) {
+    const std::size_t Count = Model.Points.size(), Slot = Below(Count + 1);
     const auto Index = static_cast<std::int32_t>(Slot);
-    const auto At = Model.Points.begin() + Index;
-    const TPointF Point{static_cast<float>(Step), static_cast<float>(Random() % 100)};
+    const TPointF Place{static_cast<float>(Below(20)), static_cast<float>(Below(20))};
+    const TPointF Delta = Below(2) == 0 ? TPointF{1, -1} : TPointF{-1, 1};
     const bool IsThere = Slot < Count;
-    const std::uint32_t Action = Random() % (Count > 40 ? 4 : 9);
-    SCOPED_TRACE(fmt::format("step {}, action {}, slot {}", Step, Action, Slot));
-    if (Action < 4 && IsThere) Gone.push_back(At->second);
-    if (Action == 0 || Action == 1) {
+    const auto Action = static_cast<TAction>(Below(Count > 20 ? Add : Connect + 1));
+    SCOPED_TRACE(fmt::format("step {}, action {}, slot {}", Step, static_cast<int>(Action), Slot));
+    if (Action < Add && IsThere) Gone.push_back(Model.Points[Slot].Node);
+    if (Action == Remove) {
       ASSERT_EQ(Path->RemoveControlPoint(Index), IsThere);
-      if (IsThere) Model.Points.erase(At);
-    } else if (Action == 2 && IsThere) {
+    } else if (Action == Detach && IsThere) {
       Gone.back()->Detach();
-      Model.Points.erase(At);
-    } else if (Action == 3 && IsThere) {  // the point stays and gets another node
-      Path->RemoveChild(std::exchange(At->second, nullptr).Get());
-    } else if (Action == 4) {
-      Path->AddControlPoint(Point);
-      Model.Points.emplace_back(Point, nullptr);
-    } else if (Action == 5) {
-      Path->AddControlPointAtIndex(Index, Point);
-      Model.Points.insert(At, {Point, nullptr});
-    } else if (Action == 6) {
+    } else if (Action == Renew && IsThere) {  // the point stays and gets another node
+      Path->RemoveChild(std::exchange(Model.Points[Slot].Node, nullptr).Get());
+    } else if (Action == Add || Action == AddMore) {
+      Path->AddControlPoint(Place);
+      Polygon->AddControlPoint(Place);
+      Model.Insert(Count, Place);
+    } else if (Action == Insert) {
+      Path->AddControlPointAtIndex(Index, Place);
+      Model.Insert(Slot, Place);
+    } else if (Action == AddNode) {
       const auto Node = New<TMapPathNode>();
       Node->SetControlPointIndex(Index);
       Path->AddChild(Node);
-      Model.Points.insert(At, {TPointF{}, Node});
-    } else if (Action == 7 && IsThere) {
-      Supports<IShape>(At->second)->SetDisplacement(Point);
-      At->first = Point;
-    } else if (Action == 8) {
-      TPoints Points;
-      for (const auto& Each : Model.Points) Points.push_back(Each.first);
-      Points.resize(Slot + Random() % 2);
-      Model.Points.resize(Points.size());
-      Path->SetControlPoints(Points);
+      Model.Insert(Slot, {}, Node);
+    } else if (Action == MoveNode && IsThere) {
+      Supports<IShape>(Model.Points[Slot].Node)->SetDisplacement(Place);
+    } else if (Action == Set && IsThere) {
+      Path->SetControlPointAt(Index, Place);
+    } else if (Action == Move) {
+      Path->SetDisplacement(Delta);
+      Polygon->SetDisplacement(Delta);
+      for (auto& P : Model.Points) P.Place = P.Place + Delta;
+    } else if (Action == Connect && IsThere) {
+      const std::size_t Other = Below(Count);
+      Path->ConnectControlPoints(Index, static_cast<std::int32_t>(Other));
+      Model.Connections.emplace_back(Model.Points[Slot].Number, Model.Points[Other].Number);
+    }
+    if (Action <= Detach && IsThere) {
+      Polygon->RemoveControlPoint(Index);
+      Model.Remove(Slot);
+    }
+    if (Action == Insert || Action == AddNode)
+      Polygon->AddControlPointAtIndex(Index, Model.Points[Slot].Place);
+    if ((Action == MoveNode || Action == Set) && IsThere) {
+      Polygon->SetControlPointAt(Index, Place);
+      Model.Points[Slot].Place = Place;
     }
     ASSERT_NO_FATAL_FAILURE(Model.Expect(*Path));
     if (!Gone.empty()) {
       ASSERT_FALSE(Gone.back()->GetParent());
     }
+    // Insertions and moves are not announced as changes of the rectangle.
+    if (Action == Insert || Action == AddNode || Action == Move) Announced = Model.Bounds();
+    ASSERT_EQ(Announced, Polygon->GetRect());
+    ASSERT_EQ(Polygon->GetRect(), Model.Bounds());
+    ASSERT_EQ(Polygon->GetCommands(), Model.Commands);
+  }
+  // As many points as are set have nodes.
+  for (const std::size_t Count : {std::size_t{50}, std::size_t{3}}) {
+    Path->SetConnections({});
+    Path->SetControlPoints(TPoints(Count, TPointF{1, 2}));
+    Model.Connections.clear();
+    Model.Points.resize(Count);
+    for (auto& P : Model.Points) P.Place = {1, 2};
+    Model.Expect(*Path);
   }
 }
 
@@ -341,58 +426,13 @@ TEST(Maps, AreDrawnWithBeaconsZonesPathsAndRoutes) {
   TDrawing Drawing(Side, Side);
   Paint(*Floors.Scene, Drawing);
   ExpectPicture(Drawing.GetPicture(), "map_floor");
-}
-
-TEST(Maps, AreReadBackWithTheSameGraph) {
-  TTwoFloors Floors;
-  Furnish(Floors);
-  GetAllPaths(Floors.Scene.Get(), Floors.Infos, Floors.Edges);
-  const std::string Graph = Floors.GraphText();
-  const std::string Text = SerializeToXML(*Floors.Scene);
-  TRef<TInterfacedObject> Scene;
-  TRef<IInterface> Ignored;
-  const TCreator Loader = GetDefaultClassLoader;
-  ASSERT_TRUE(UnserializeFromXMLString(Scene, Ignored, Text, std::span(&Loader, 1)));
-  GetAllPaths(Supports<IScene>(Scene), Floors.Infos, Floors.Edges);
-  EXPECT_EQ(Floors.GraphText(), Graph);
-  EXPECT_EQ(SerializeToXML(*Scene), Text);
-}
-
-TEST(Maps, AreSearchedAndPaintedInPartsAsAWhole) {
-  TTwoFloors Floors;
-  Furnish(Floors);
-  std::mt19937 Random(3);
-  std::uniform_real_distribution<float> Along(0.0F, 10.0F);
-  const auto Point = [&] { return TPointF{Along(Random), Along(Random)}; };
-  for (int I = 0; I < 100; ++I) {  // enough for an index of children
-    AddBeacon(*Floors.Ground, Point(), {TBeaconVisualizationMode::SignalDistance});
-    Floors.GroundPath->AddControlPoint(Point());
-  }
-  for (int Step = 0; Step < 40; ++Step) {
-    const auto Beacon = Supports<TBeacon>(Floors.Ground->GetChildAt(0)->GetChildAt(Step));
-    Beacon->SetSignalDistance(Along(Random));
-    Floors.GroundPath->SetControlPointAt(Step, Point());
-    const TPointF Place = Floors.GroundPath->GetControlPointAt(Step);
-    TSceneNodes Hit;
-    Floors.Scene->GetSceneNodeUnderGlobalPoint(Place, Hit);
-    const auto IsNode = [&](const ISceneNode* A) {
-      return IsSame(A, Floors.GroundPath->GetControlPointNode(Step).Get());
-    };
-    EXPECT_TRUE(std::any_of(Hit.begin(), Hit.end(), IsNode)) << Step;
-    TDrawing Whole(Side, Side), Part(Side, Side);
-    const float X = static_cast<float>(Random() % 200), Y = static_cast<float>(Random() % 200);
-    const TRectF Area{X, Y, X + 30, Y + 20};
-    Whole.SetClip({0, 0, Side, Side});
-    Part.SetClip(Area);
-    Paint(*Floors.Scene, Whole);
-    Paint(*Floors.Scene, Part);
-    for (int Row = static_cast<int>(Y); Row < static_cast<int>(Y) + 20; ++Row)
-      for (int Column = static_cast<int>(X); Column < static_cast<int>(X) + 30; ++Column) {
-        const auto I = static_cast<std::size_t>(Row) * Side + static_cast<std::size_t>(Column);
-        ASSERT_LE(Difference(Whole.GetPixels()[I], Part.GetPixels()[I]), 32)
-            << Column << "," << Row;
-      }
-  }
+  TDrawing Parts(Side, Side);
+  for (float X = 0; X < Side; X += 30)
+    for (float Y = 0; Y < Side; Y += 20) {
+      Parts.SetClip({X, Y, X + 30, Y + 20});
+      Paint(*Floors.Scene, Parts);
+    }
+  EXPECT_EQ(CountDifferent(Drawing, Parts, 32), 0);
 }
 
 }  // namespace
