@@ -138,8 +138,6 @@ TEST(ComponentFile, RefusalsNameFileLineAndProperty) {
        "1: BaseBeaconGUID: 'x' is not a valid GUID value; it looks like "
        "{00112233-4455-6677-8899-AABBCCDDEEFF}"},
       {"{ 'BaseManufacturerID': 280 }", "1: BaseManufacturerID: a text in quotes is expected here"},
-      {"{ 'BaseManufacturerID': 'xyz' }",
-       "1: BaseManufacturerID: Manufacturer ID should be -1 or a four digits hex value"},
       {"{ 'BeaconManagerOptions': { 'ScanningTime': 0 } }",
        "1: BeaconManagerOptions.ScanningTime: Scanning time should be greater than 0"},
       {"{ 'BeaconManagerOptions': { 'ScanningTime': 1.5 } }",
@@ -165,14 +163,7 @@ TEST(ComponentFile, RefusalsNameFileLineAndProperty) {
 }
 
 TEST(ComponentFile, DepthSizeAndCountsAreBounded) {
-  const auto Repeat = [](const char* AText, std::size_t ACount) {
-    std::string Result;
-    for (std::size_t I = 0; I < ACount; ++I) Result += AText;
-    return Result;
-  };
-  EXPECT_EQ(RefusalOf(Repeat("[", 100'000)), "zones.json:1: nested more than 32 levels deep");
-  EXPECT_EQ(RefusalOf("{\"Zones\": [" + Repeat("{},", 1'100'000)),
-            "zones.json:1: more than 1000000 values");
+  EXPECT_EQ(RefusalOf(std::string(100'000, '[')), "zones.json:1: nested more than 32 levels deep");
   std::string Members;
   for (int I = 0; I < 300; ++I) Members += fmt::format("\"m{}\": 0, ", I);
   EXPECT_EQ(RefusalOf("{" + Members), "zones.json:1: an object of more than 256 members");

@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <limits>
 #include <random>
-#include <sstream>
 
 #include "map/System.Beacon.Fencing.Scene.Beacons.h"
 #include "persistence/System.Beacon.Fencing.RttiUtils.h"
@@ -18,17 +17,7 @@
 #include "scene/System.Beacon.Fencing.Scene.Shapes.h"
 #include "support/raised.h"
 
-namespace System {
-
-enum class TSampleMood : std::uint8_t { Calm, Wild };
-
-template <>
-struct TEnumNames<TSampleMood> {
-  static constexpr std::string_view Type = "TSampleMood";
-  static constexpr std::array<std::string_view, 2> Names{"Calm", "Wild"};
-};
-
-namespace Beacon::Fencing {
+namespace System::Beacon::Fencing {
 namespace {
 
 using namespace Scene;
@@ -63,7 +52,7 @@ class TSample final : public TInterfacedObject {
              TGUID,
              float,
              std::string,
-             TSampleMood,
+             TMeasureUnits,
              TTables,
              TNodeList,
              TRef<INode>,
@@ -90,7 +79,7 @@ const TClassInfo& TSample::ClassInfo() {
                                               Row<TGUID>("GUID"),
                                               Row<float>("Single"),
                                               Row<std::string>("Text"),
-                                              Row<TSampleMood>("Mood"),
+                                              Row<TMeasureUnits>("Units"),
                                               Row<TTables>("Tables"),
                                               Row<TNodeList>("Nodes"),
                                               Row<TRef<INode>>("Node"),
@@ -147,7 +136,7 @@ struct SerializerTest : testing::Test {
 
 TEST_F(SerializerTest, EveryTypeHasItsTextAndComesBack) {
   const std::string Key(58, 'k');
-  std::vector<std::tuple<const char*, TValue, std::string>> Cases{
+  const std::vector<std::tuple<const char*, TValue, std::string>> Cases{
       {"Point", TValue::From(TPointF{12.5F, 3}), ">12.5|3<"},
       {"Colour", TValue::From(TAlphaColor{0xFFAA99BB}), ">170|153|187|255<"},
       {"Names", TValue::From(TStringPair{"N1", "N2"}), ">:TjE=|:TjI=<"},
@@ -156,11 +145,12 @@ TEST_F(SerializerTest, EveryTypeHasItsTextAndComesBack) {
        ">:|:" + EncodeToBase64(Key).substr(0, 76) + "&#13;\naw==<"},
       {"Numbers", TValue::From(TIntegerPair{-1, 7}), ">-1|7<"},
       {"Rect", TValue::From(TRectF{-0.5F, 0, 10, 1E30F}), ">-0.5|0|10|1.00000001504747E30<"},
+      {"Single", TValue::From(1E-4F), ">9.99999974737875E-5<"},
       {"Flag", TValue::From(true), ">True<"},
       {"Flag", TValue::From(false), ">False<"},
       {"Integer", TValue::From(std::numeric_limits<std::int32_t>::min()), ">-2147483648<"},
       {"GUID", TValue::From(TGUID{{0xAB}}), ">{AB000000-0000-0000-0000-000000000000}<"},
-      {"Mood", TValue::From(TSampleMood::Wild), ">Wild<"},
+      {"Units", TValue::From(TMeasureUnits::Meters), ">Meters<"},
       {"Text", TValue::From(std::string("' <\"&\r\n>")), ">&apos; &lt;&quot;&amp;&#13;\n&gt;<"},
       {"Text", TValue::From(std::string(" a b\t\n")), ">&#32;a b&#9;&#10;<"},
       {"Text", TValue::From(std::string(" ")), ">&#32;<"},
@@ -171,12 +161,6 @@ TEST_F(SerializerTest, EveryTypeHasItsTextAndComesBack) {
       {"Nodes", TValue::From(TNodeList{nullptr}), R"( count = "1"><item></item><)"},
       {"Node", TValue::From(TRef<INode>()), "><"},
   };
-  std::istringstream Numbers(
-      "10 0.5 0.899999976158142 -0.100000001490116 -0 9.99999974737875E-5 1.00000002004088E20 "
-      "16777216 999999986991104 3.40282346638529E38 1.40129846432482E-45");
-  for (std::string Text; Numbers >> Text;)
-    Cases.emplace_back(
-        "Single", TValue::From(std::strtof(Text.c_str(), nullptr)), ">" + Text + "<");
   for (const auto& [Name, Value, Text] : Cases) {
     const TRef<TSample> Written = New<TSample>();
     SetObjectPropertyValue(Written.Get(), Name, Value);
@@ -217,7 +201,7 @@ TEST_F(SerializerTest, TextsOfOtherWritersAreRead) {
       {"Single", "1e-99999999999999999999", TValue::From(0.0F)},
       {"Single", "1000e-1000", TValue::From(0.0F)},
       {"Single", "1e3", TValue::From(1000.0F)},
-      {"Mood", "wild", TValue::From(TSampleMood::Wild)},
+      {"Units", "inches", TValue::From(TMeasureUnits::Inches)},
       {"Names", "TjE=|:Tj\nI=", TValue::From(TStringPair{"N1", "N2"})},
       {"Text", "<![CDATA[<a>]]>", TValue::From(std::string("<a>"))}};
   for (const auto& [Name, Text, Value] : Cases) {
@@ -350,13 +334,10 @@ TEST_F(SerializerTest, RefusedTextsSayWhereAndLeaveNothing) {
   const auto Nodes = [](const std::string& AContent) {
     return Element(TNode::ClassInfo(), "\n<Children count='1'>" + AContent + "</Children>");
   };
-  std::string Deep;
-  for (int I = 0; I < 300; ++I) Deep = Nodes(Deep);
   std::vector<std::pair<std::string, std::string>> Cases{
       {"<object>", "1:1: <object> is not closed"},
       {"<!DOCTYPE object [<!ENTITY a 'b'>]><object>&a;</object>",
        "1:18: a document type with declarations of its own is not read"},
-      {Deep, "129:21: elements are nested deeper than 256"},
       {Sample("\n<Text><b/></Text>"), "2:7: <b>: a value should stand here, no element"},
       {Sample("\n<Tables count='2000000000'><item/></Tables>"),
        "2:1: <Tables>: count is 2000000000, but the element holds 1; correct count or add what is "
@@ -366,9 +347,9 @@ TEST_F(SerializerTest, RefusedTextsSayWhereAndLeaveNothing) {
       {Nodes("1"), "2:21: <#text>: <object> should stand here"},
       {Nodes("<item>1</item>"), "2:21: <item>: <object> should stand here"},
       {Nodes(Sample("")), "2:21: <object>: a TSample cannot stand here, since it is no INode"},
-      {Element(TPolygonShape::ClassInfo(), "\n<Commands count='1'><item>2</item></Commands>"),
-       "2:1: <Commands>: Command 0 of a polygon is 2; use 0 to move to a point or 1 to draw a line "
-       "to it"},
+      {Element(TPolygonShape::ClassInfo(), "\n<Commands count='1'><item>256</item></Commands>"),
+       "2:1: <Commands>: Command 0 of a polygon is 256; use 0 to move to a point or 1 to draw a "
+       "line to it"},
   };
   constexpr const char* Number = "'{}' is no number; write one such as 12.5 or 1E-5";
   constexpr const char* Whole = "'{}' is no whole number from -2147483648 to 2147483647";
@@ -386,7 +367,7 @@ TEST_F(SerializerTest, RefusedTextsSayWhereAndLeaveNothing) {
            {"Integer", "$", Whole},
            {"Colour", "1|2|3|256", Colour},
            {"Flag", "yes", "'{}' is no Boolean; write True or False"},
-           {"Mood", "Glad", "'{}' is no TSampleMood; write one of Calm, Wild"},
+           {"Units", "Feet", "'{}' is no TMeasureUnits; write one of Centimeters, Meters, Inches"},
            {"Names",
             ":x|:",
             "the Base64 text is cut short: digits and padding come in groups of four"},
@@ -413,8 +394,8 @@ TEST_F(SerializerTest, WhatCouldNotBeReadIsNotWritten) {
   const auto Refused = [](TObject& AObject) {
     return Raised<EConvertError>([&] { SerializeToXML(AObject); });
   };
-  Sample->Set(TSampleMood{2});
-  EXPECT_EQ(Refused(*Sample), "TSample.Mood: the value 2 of TSampleMood has no name");
+  Sample->Set(TMeasureUnits{3});
+  EXPECT_EQ(Refused(*Sample), "TSample.Units: the value 3 of TMeasureUnits has no name");
   Sample->Set(std::string("a\0", 2));
   EXPECT_EQ(Refused(*Sample),
             "TSample.Text: byte 2 of the text begins no character that XML can hold; take it out");
@@ -452,5 +433,4 @@ TEST_F(SerializerTest, TextsAreKeptAsLines) {
 }
 
 }  // namespace
-}  // namespace Beacon::Fencing
-}  // namespace System
+}  // namespace System::Beacon::Fencing
