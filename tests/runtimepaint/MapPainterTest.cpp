@@ -145,35 +145,29 @@ TEST(MapPainter, RefusesWhatItCannotDoAndChangesNothing) {
   TShownMap Map;
   TDrawing Drawing(10, 10);
   const TRectF Rect{0, 0, 10, 10};
+  constexpr TPointF Point{1, 1};
   struct TCase {
     std::function<void()> Call;
     const char* Message;
   };
-  for (const TCase& C :
-       {TCase{[&] { Empty.GetRawPosition(); }, NoMap},
-        TCase{[&] { Empty.GetPathPosition(); }, NoMap},
-        TCase{[&] {
-                Empty.SetRawPosition({1, 1});
-              },
-              NoMap},
-        TCase{[&] {
-                Empty.SetPathPosition({1, 1});
-              },
-              NoMap},
-        TCase{[&] { Empty.SetMapIndex(0); }, NoMap},
-        TCase{[&] { Empty.SetRotation(200); }, NoMap},
-        TCase{[&] { Empty.ControlPaint(nullptr, &Drawing, Rect); },
-              "Control property has not been set"},
-        TCase{[&] { Map.Painter.SetRotation(181); }, NoAngle},
-        TCase{[&] { Map.Painter.SetRotation(-181); }, NoAngle},
-        TCase{[&] { Map.Painter.SetMapIndex(2); }, "2 is not a valid map index"},
-        TCase{[&] { Map.Painter.SetMapIndex(-1); }, "-1 is not a valid map index"},
-        TCase{[&] { Map.Painter.ControlPaint(nullptr, nullptr, Rect); },
-              "Cannot paint to a nil canvas"},
-        TCase{[&] { Map.Painter.SetXmlData("<bundle/>"); },
-              "project text: there is no scene: the entry 'project' is missing"},
-        TCase{[&] { Map.Painter.SetXmlData("<object/>"); },
-              "project text: there is no scene: the entry 'project' is missing"}}) {
+  for (const TCase& C : {
+           TCase{[&] { Empty.GetRawPosition(); }, NoMap},
+           TCase{[&] { Empty.GetPathPosition(); }, NoMap},
+           TCase{[&] { Empty.SetRawPosition(Point); }, NoMap},
+           TCase{[&] { Empty.SetPathPosition(Point); }, NoMap},
+           TCase{[&] { Empty.SetMapIndex(0); }, NoMap},
+           TCase{[&] { Empty.SetRotation(200); }, NoMap},
+           TCase{[&] { Empty.ControlPaint(nullptr, &Drawing, Rect); },
+                 "Control property has not been set"},
+           TCase{[&] { Map.Painter.SetRotation(181); }, NoAngle},
+           TCase{[&] { Map.Painter.SetRotation(-181); }, NoAngle},
+           TCase{[&] { Map.Painter.SetMapIndex(2); }, "2 is not a valid map index"},
+           TCase{[&] { Map.Painter.SetMapIndex(-1); }, "-1 is not a valid map index"},
+           TCase{[&] { Map.Painter.ControlPaint(nullptr, nullptr, Rect); },
+                 "Cannot paint to a nil canvas"},
+           TCase{[&] { Map.Painter.SetXmlData("<bundle/>"); },
+                 "project text: there is no scene: the entry 'project' is missing"},
+       }) {
     EXPECT_EQ(Raised<EGeneralError>(C.Call), C.Message);
   }
   TProjectBuilder Bad("House");
@@ -320,24 +314,6 @@ TEST(MapPainter, TurnsFitsAndChangesFloors) {
   EXPECT_EQ(Raised<EGeneralError>([&] { NotAsked.SetMapIndex(1); }), "1 is not a valid map index");
   NotAsked.SetRotation(90);
   EXPECT_EQ(NotAsked.GetCamera()->GetDisplacement(), (TPointF{10, 6}));
-}
-
-TEST(MapPainter, DrawsMarkersAsWideAsTheirRadius) {
-  TShownMap Map;
-  Map.Painter.SetMapOptions({ShowPosition});
-  Map.Options.SetRawPositionRadius(4.0F);
-  Map.Options.SetRawPositionColor({0xFFFF0000});
-  Map.Painter.SetFencingOptions(&Map.Options);
-  Map.Painter.SetRawPosition({10, 6});
-  Map.Control.Update();
-  const auto Row = Map.Control.GetDrawing().GetPixels().subspan(std::size_t{200} * 600, 600);
-  const auto Red = std::count(Row.begin(), Row.end(), 0xFFFF0000U);
-  EXPECT_NEAR(static_cast<float>(Red), Map.OnScreen({4, 0}).X - Map.OnScreen({0, 0}).X, 3.0F);
-}
-
-TEST(MapPainter, IsWhatMapComponentsShowProjectsWith) {
-  const auto Made = TBeaconFencingRuntimeMap::FRuntimeMapClass.Create();
-  EXPECT_TRUE(dynamic_cast<TBeaconFencingMapPainter*>(Made.get()));
 }
 
 TEST(MapPainter, LetsItsControlGoFirst) {

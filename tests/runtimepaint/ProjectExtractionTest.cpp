@@ -20,20 +20,17 @@ using TMapBeacon = Scene::Beacons::TBeacon;
 constexpr const char* UUID1 = "11111111-1111-1111-1111-111111111111";
 constexpr const char* UUID2 = "22222222-2222-2222-2222-222222222222";
 
+/// "kind uuid major minor manufacturer", "*" for any; Eddystone: "2 namespace instance".
 std::string TextOf(const TBeaconsRegion& ARegion) {
-  const std::string Kind(TEnumNames<TKindofBeacon>::Names[static_cast<int>(ARegion.KindofBeacon)]);
+  const auto Number = [](auto A) { return A ? std::to_string(*A) : std::string("*"); };
+  const auto Kind = static_cast<int>(ARegion.KindofBeacon);
+  const TEddysUIDRegion& UID = ARegion.EddysUIDRegion;
   if (ARegion.KindofBeacon == TKindofBeacon::Eddystone)
-    return fmt::format("{} {} {}; ",
-                       Kind,
-                       ARegion.EddysUIDRegion.GetNamespaceST().substr(18),
-                       ARegion.EddysUIDRegion.GetInstanceST());
+    return fmt::format("2 {} {}; ", UID.GetNamespaceST().substr(18), UID.GetInstanceST());
   const TiBAltBeaconRegion& Part = ARegion.iBAltBeaconRegion;
-  return fmt::format("{} {} {} {} mid {}; ",
-                     Kind,
-                     GUIDToString(Part.GUID)[1],
-                     Part.Major ? std::to_string(*Part.Major) : "*",
-                     Part.Minor ? std::to_string(*Part.Minor) : "*",
-                     Part.ManufacturerID);
+  const std::string Numbers = Number(Part.Major) + " " + Number(Part.Minor);
+  return fmt::format(
+      "{} {} {} {}; ", Kind, GUIDToString(Part.GUID)[1], Numbers, Part.ManufacturerID);
 }
 
 struct TSpec {
@@ -67,19 +64,16 @@ TEST(MonitoredRegions, WidenAsFarAsTheirBeaconsNeed) {
     const char* Regions;
   };
   for (const TCase& C :
-       {TCase{{{Both, UUID1, 1, 7}}, "iBeaconAltBeacon 1 1 7 mid -1; "},
-        TCase{{{Both, UUID1, 1, 7}, {Both, UUID1, 1, 8}}, "iBeaconAltBeacon 1 1 * mid -1; "},
-        TCase{{{Both, UUID1, 1, 7}, {Both, UUID1, 2, 8}, {Both, UUID1, 1, 9}},
-              "iBeaconAltBeacon 1 * * mid -1; "},
-        TCase{{{Both, UUID1, 1, 7, "4C"}, {Both, UUID1, 1, 8, "004C"}},
-              "iBeaconAltBeacon 1 1 * mid 76; "},
-        TCase{{{Both, UUID1, 1, 7, "4C"}, {Both, UUID1, 1, 8}}, "iBeaconAltBeacon 1 1 * mid -1; "},
+       {TCase{{{Both, UUID1, 1, 7}}, "3 1 1 7 -1; "},
+        TCase{{{Both, UUID1, 1, 7}, {Both, UUID1, 1, 8}}, "3 1 1 * -1; "},
+        TCase{{{Both, UUID1, 1, 7}, {Both, UUID1, 2, 8}, {Both, UUID1, 1, 9}}, "3 1 * * -1; "},
+        TCase{{{Both, UUID1, 1, 7, "4C"}, {Both, UUID1, 1, 8, "004C"}}, "3 1 1 * 76; "},
+        TCase{{{Both, UUID1, 1, 7, "4C"}, {Both, UUID1, 1, 8}}, "3 1 1 * -1; "},
         TCase{{{Both, UUID1, 1, 7}, {IBeacon, UUID1, 1, 8}, {Both, UUID2, 1, 7}},
-              "iBeaconAltBeacon 1 1 7 mid -1; iBeacon 1 1 8 mid -1; "
-              "iBeaconAltBeacon 2 1 7 mid -1; "},
-        TCase{{{Eddystone, "AB", 1}, {Eddystone, "AB", 1}}, "Eddystone AB 000000000001; "},
+              "3 1 1 7 -1; 0 1 1 8 -1; 3 2 1 7 -1; "},
+        TCase{{{Eddystone, "AB", 1}, {Eddystone, "AB", 1}}, "2 AB 000000000001; "},
         TCase{{{Eddystone, "AB", 1}, {Eddystone, "AB", 2}, {Eddystone, "CD", 1}},
-              "Eddystone AB ; Eddystone CD 000000000001; "},
+              "2 AB ; 2 CD 000000000001; "},
         TCase{{{Both, UUID1, 65536, 0}, {Both, UUID1, 0, -1}}, ""}}) {
     TMonitoredRegions Regions;
     for (const TSpec& Spec : C.Beacons) Regions.Add(*Make(Spec));
