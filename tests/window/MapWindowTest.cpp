@@ -3,12 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <optional>
-
 #include "apps/wayfence/example_project.h"
-#include "platform/controls/offscreen_control.h"
 #include "support/environment.h"
 #include "support/live_map_stress.h"
 #include "window/x_display.h"
@@ -19,24 +14,9 @@ namespace {
 using namespace System;
 using namespace System::Beacon::Fencing;
 
-class MapWindow : public testing::Test {
- protected:
-  void SetUp() override {
-#ifdef __SANITIZE_THREAD__
-    GTEST_SKIP() << "the window libraries start threads that ThreadSanitizer cannot follow";
-#endif
-    OnDisplay.emplace();
-    if (!OnDisplay->GetProblem().empty()) GTEST_SKIP() << OnDisplay->GetProblem();
-    setenv("SDL_VIDEODRIVER", "x11", 1);
-    setenv("SDL_RENDER_DRIVER", "software", 1);
-    setenv("SDL_FRAMEBUFFER_ACCELERATION", "0", 1);
-  }
-
-  std::optional<TXDisplay> OnDisplay;
-};
+class MapWindow : public WindowTest {};
 
 TEST_F(MapWindow, ShowsTheMapThatKeysChange) {
-  TXDisplay& Display = *OnDisplay;
   const std::string Text = MakeExampleProject().MakeBundle()->SerializeToXML();
   TBeaconMapFencing Shown(nullptr), Expected(nullptr);
   TMapWindow Window("office", Shown, {600, 400});
@@ -46,27 +26,19 @@ TEST_F(MapWindow, ShowsTheMapThatKeysChange) {
     Map->SetXMLMap(Text);
     Map->SetMapOptions({TFencingMapOption::ShowZones});
   }
-  xcb_window_t Found = 0;
-  while ((Found = Display.FindWindow("office")) == 0) TWindow::ProcessEvents(10);
+  const xcb_window_t Found = Find("office");
   struct TCase {
     const char* Key;
     std::uint8_t Code;
   };
   for (const auto& [Key, Code] :
        {TCase{"", 0}, TCase{"PageUp", 112}, TCase{"R", 27}, TCase{"B", 56}, TCase{"H", 43}}) {
-    if (Code != 0) Display.TypeKey(Found, Code);
+    if (Code != 0) Display->TypeKey(Found, Code);
     if (Code != 0) Control.KeyDown({.Key = Key});
     View.Refresh();
-    Control.Update();
-    const auto IsShown = [&] {
-      return std::ranges::equal(Display.GetPixels(Found, 600, 400),
-                                Control.GetDrawing().GetPixels());
-    };
-    const TTicks Deadline = After(Ticks(), 60 * TicksPerSecond);
-    while (!IsShown() && Ticks() < Deadline) TWindow::ProcessEvents(10);
-    EXPECT_TRUE(IsShown()) << Key;
+    EXPECT_TRUE(Shows(Found, Control)) << Key;
   }
-  Display.TypeKey(Found, 9);  // Escape
+  Display->TypeKey(Found, 9);  // Escape
   TWindow::Run();
   EXPECT_FALSE(Window.GetWindow().IsOpen());
 }

@@ -4,16 +4,10 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <functional>
-#include <optional>
 #include <string>
-#include <vector>
 
-#include "platform/controls/offscreen_control.h"
 #include "platform/controls/timer.h"
-#include "platform/threads.h"
 #include "scene/scene_host.h"
 #include "support/raised.h"
 #include "support/window_scene.h"
@@ -27,46 +21,6 @@ using Beacon::Fencing::Scene::TWindowScene;
 
 constexpr std::uint8_t Left = 1, WheelAway = 4, Escape = 9;
 
-class WindowTest : public testing::Test {
- protected:
-  void SetUp() override {
-#ifdef __SANITIZE_THREAD__
-    GTEST_SKIP() << "the window libraries start threads that ThreadSanitizer cannot follow";
-#endif
-    Display.emplace();
-    if (!Display->GetProblem().empty()) GTEST_SKIP() << Display->GetProblem();
-    setenv("SDL_VIDEODRIVER", "x11", 1);
-    setenv("SDL_RENDER_DRIVER", "software", 1);
-    setenv("SDL_FRAMEBUFFER_ACCELERATION", "0", 1);  // the software renderer would still take GL
-  }
-
-  /// Serves the windows until something is so.
-  static testing::AssertionResult Becomes(const std::function<bool()>& AIsSo) {
-    const TTicks Deadline = After(Ticks(), 60 * TicksPerSecond);
-    while (!AIsSo()) {
-      if (Ticks() > Deadline) return testing::AssertionFailure() << "not within a minute";
-      TWindow::ProcessEvents(10);
-    }
-    return testing::AssertionSuccess();
-  }
-  xcb_window_t Find(const TWindow& AWindow) {
-    xcb_window_t Result = 0;
-    EXPECT_TRUE(Becomes([&] { return (Result = Display->FindWindow(AWindow.GetTitle())) != 0; }));
-    return Result;
-  }
-  /// Whether what is on the screen is, or becomes, what a control that is not shown paints.
-  testing::AssertionResult Shows(xcb_window_t AWindow, TOffscreenControl& AControl) {
-    AControl.Update();
-    const auto [Width, Height] = AControl.GetDrawing().GetSize();
-    const auto Wanted = AControl.GetDrawing().GetPixels();
-    return Becomes([&, W = Width, H = Height] {
-      return std::ranges::equal(Display->GetPixels(AWindow, W, H), Wanted);
-    });
-  }
-
-  std::optional<TXDisplay> Display;
-};
-
 TEST_F(WindowTest, ShowsASceneWhoseShapesThePointerDrags) {
   std::string Log;
   TWindowScene Scene(&Log), Expected;
@@ -74,7 +28,7 @@ TEST_F(WindowTest, ShowsASceneWhoseShapesThePointerDrags) {
   const TSceneHost Host(Window, Scene.Scene);
   TOffscreenControl Control(300, 200);
   const TSceneHost ExpectedHost(Control, Expected.Scene);
-  const xcb_window_t Shown = Find(Window);
+  const xcb_window_t Shown = Find(Window.GetTitle());
   EXPECT_TRUE(Shows(Shown, Control));
 
   Display->MovePointer(Shown, 60, 60);
@@ -110,7 +64,7 @@ TEST_F(WindowTest, TellsWheelAndKeysAndAsksBeforeItCloses) {
     ACanClose = MayClose;
   });
   Other.Close();
-  const xcb_window_t Shown = Find(Window);
+  const xcb_window_t Shown = Find(Window.GetTitle());
   Display->MovePointer(Shown, 30, 40);
   Display->Press(WheelAway);
   Display->Release(WheelAway);

@@ -3,12 +3,9 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <xcb/xtest.h>
 
-#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -25,47 +22,28 @@ std::unique_ptr<T, TFree> Own(T* AReply) {
   return std::unique_ptr<T, TFree>(AReply);
 }
 
-/// The line that comes through a pipe within a minute.
-std::string ReadLine(int APipe) {
+/// A line of what a program writes, within a minute.
+std::string ReadLine(FILE* AProgram) {
   std::string Result;
-  pollfd Wait{APipe, POLLIN, 0};
+  pollfd Wait{fileno(AProgram), POLLIN, 0};
   char Letter = 0;
-  while (poll(&Wait, 1, 60'000) > 0 && read(APipe, &Letter, 1) == 1 && Letter != '\n')
+  while (poll(&Wait, 1, 60'000) > 0 && read(Wait.fd, &Letter, 1) == 1 && Letter != '\n')
     Result += Letter;
   return Result;
 }
 
 }  // namespace
 
-TXDisplay::TXDisplay() {
-  StartServer();
-}
-
-void TXDisplay::StartServer() {
-  std::array<int, 2> Pipe{};
-  if (pipe(Pipe.data()) != 0) {
-    FProblem = "no pipe could be made";
-    return;
-  }
-  posix_spawn_file_actions_t Actions;
-  posix_spawn_file_actions_init(&Actions);
-  posix_spawn_file_actions_adddup2(&Actions, Pipe[1], 9);
-  posix_spawn_file_actions_addopen(&Actions, 2, "/dev/null", 1, 0);
-  std::array<std::string, 8> Words{
-      "Xvfb", "-displayfd", "9", "-screen", "0", "800x600x24", "-nolisten", "tcp"};
-  std::array<char*, 9> Arguments{};
-  for (std::size_t I = 0; I < Words.size(); ++I) Arguments[I] = Words[I].data();
-  const int Error = posix_spawnp(&FServer, "Xvfb", &Actions, nullptr, Arguments.data(), environ);
-  posix_spawn_file_actions_destroy(&Actions);
-  close(Pipe[1]);
-  if (Error == 0) {
-    Connect(ReadLine(Pipe[0]));
-  } else {
-    FServer = 0;
-    FProblem = std::string("Xvfb cannot be started: ") + std::strerror(Error) +
-               "; install the Debian package xvfb";
-  }
-  close(Pipe[0]);
+/// The server writes the number of its display; the shell that becomes it, its process first.
+TXDisplay::TXDisplay()
+    : FProgram(popen(
+          "echo $$; exec Xvfb -displayfd 1 -screen 0 800x600x24 -nolisten tcp 2>/dev/null", "re")) {
+  FServer = FProgram ? std::atoi(ReadLine(FProgram).c_str()) : 0;
+  const std::string Number = FProgram ? ReadLine(FProgram) : "";
+  if (Number.empty())
+    FProblem = "Xvfb cannot be started; install the Debian package xvfb";
+  else
+    Connect(Number);
 }
 
 void TXDisplay::Connect(const std::string& ANumber) {
@@ -81,9 +59,8 @@ void TXDisplay::Connect(const std::string& ANumber) {
 
 TXDisplay::~TXDisplay() {
   if (FConnection) xcb_disconnect(FConnection);
-  if (FServer == 0) return;
-  kill(FServer, SIGTERM);
-  waitpid(FServer, nullptr, 0);
+  if (FServer != 0) kill(FServer, SIGTERM);
+  if (FProgram) pclose(FProgram);
 }
 
 // ---------------------------------------------------------------- windows

@@ -2,14 +2,23 @@
 // moves its pointer and looks at its windows.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/types.h>
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "platform/controls/offscreen_control.h"
+#include "platform/controls/window.h"
+#include "platform/threads.h"
 
 namespace System {
 
@@ -39,15 +48,56 @@ class TXDisplay {
   std::vector<std::uint32_t> GetPixels(xcb_window_t AWindow, int AWidth, int AHeight) const;
 
  private:
-  void StartServer();
   void Connect(const std::string& ANumber);
   void Fake(std::uint8_t AType, std::uint8_t ADetail, int AnX = 0, int AnY = 0);
   xcb_atom_t GetAtom(const std::string& AName) const;
 
+  FILE* FProgram;
   pid_t FServer = 0;
   xcb_connection_t* FConnection = nullptr;
   xcb_window_t FRoot = 0;
   std::string FProblem;
+};
+
+/// Tests of windows on a display of their own; skipped where there can be none.
+class WindowTest : public testing::Test {
+ protected:
+  void SetUp() override {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "the window libraries start threads that ThreadSanitizer cannot follow";
+#endif
+    Display.emplace();
+    if (!Display->GetProblem().empty()) GTEST_SKIP() << Display->GetProblem();
+    setenv("SDL_VIDEODRIVER", "x11", 1);
+    setenv("SDL_RENDER_DRIVER", "software", 1);
+    setenv("SDL_FRAMEBUFFER_ACCELERATION", "0", 1);  // the software renderer would still take GL
+  }
+
+  /// Serves the windows until something is so.
+  static testing::AssertionResult Becomes(const std::function<bool()>& AIsSo) {
+    const TTicks Deadline = After(Ticks(), 60 * TicksPerSecond);
+    while (!AIsSo()) {
+      if (Ticks() > Deadline) return testing::AssertionFailure() << "not within a minute";
+      TWindow::ProcessEvents(10);
+    }
+    return testing::AssertionSuccess();
+  }
+  xcb_window_t Find(const std::string& ATitle) {
+    xcb_window_t Result = 0;
+    EXPECT_TRUE(Becomes([&] { return (Result = Display->FindWindow(ATitle)) != 0; }));
+    return Result;
+  }
+  /// Whether what is on the screen is, or becomes, what a control that is not shown paints.
+  testing::AssertionResult Shows(xcb_window_t AWindow, TOffscreenControl& AControl) {
+    AControl.Update();
+    const auto [Width, Height] = AControl.GetDrawing().GetSize();
+    const auto Wanted = AControl.GetDrawing().GetPixels();
+    return Becomes([&, W = Width, H = Height] {
+      return std::ranges::equal(Display->GetPixels(AWindow, W, H), Wanted);
+    });
+  }
+
+  std::optional<TXDisplay> Display;
 };
 
 }  // namespace System
