@@ -106,17 +106,6 @@ TEST(RttiUtils, ObjectsAreMadeByTheQualifiedNameOfTheirClass) {
     EXPECT_FALSE(CreateInstanceOfClass(Name)) << Name;
 }
 
-TEST(RttiUtils, TransparentSupportsAsksTheObjectItself) {
-  const TRef<TNumbered> Node = New<TNumbered>();
-  Scene::ISceneNode* Offered = nullptr;
-  IProperty* Property = nullptr;
-  EXPECT_TRUE(TransparentSupports<Scene::ISceneNode>(Node.Get(), Offered));
-  EXPECT_EQ(Offered, Node.Get());
-  EXPECT_FALSE(TransparentSupports<IProperty>(Node.Get(), Property));
-  EXPECT_FALSE(TransparentSupports(static_cast<TObject*>(nullptr), Offered));
-  EXPECT_EQ(Offered, nullptr);
-}
-
 // ---------------------------------------------------------------- filtering and sorting
 
 TEST(TRttiUtils, FiltersAndSorts) {

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -80,21 +80,22 @@ TEST_F(TNodeTest, TellsAMoveBetweenParentsInTwoSteps) {
 TEST_F(TNodeTest, ChangesTheOrderOfChildrenByNames) {
   A->SetChildren({TRef<INode>(X), TRef<INode>(Y), TRef<INode>(Z)});
   const TNames Many{"Z", "u1", "u2", "u3", "u4", "u5", "X", "x", "u6"};
+  const std::vector<std::function<void()>> Changes{
+      [&] { A->MoveChildToBack(TNames{"X"}); },
+      [&] {
+        A->MoveChildToFront(TNames({"Z", "?", "X"}));
+      },
+      [&] { A->MoveChildToBack(0); },
+      [&] { A->MoveChildToFront(3); },
+      [&] { A->ReorderChildren({"z"}); },
+      [&] { A->ReorderChildren(Many); },
+  };
   std::string Orders;
-  const auto Note = [&] { Orders += Children(A) + " " + Taken() + "\n"; };
-  Taken();
-  A->MoveChildToBack(TNames{"X"});
-  Note();
-  A->MoveChildToFront(TNames{"Z", "?", "X"});
-  Note();
-  A->MoveChildToBack(0);
-  Note();
-  A->MoveChildToFront(3);
-  Note();
-  A->ReorderChildren({"z"});
-  Note();
-  A->ReorderChildren(Many);
-  Note();
+  for (const auto& Change : Changes) {
+    Log.clear();
+    Change();
+    Orders += Children(A) + " " + Log + "\n";
+  }
   EXPECT_EQ(Orders, "yzx back x\nzxy front x; front z\nxyz back z\nxyz \nzxy order\nzxy order\n");
 }
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <utility>
 
-#include "scene/System.Beacon.Fencing.Scene.Classes.h"
+#include "scene/System.Beacon.Fencing.Scene.Shapes.h"
 #include "scene/canvas/System.Beacon.Fencing.Canvas.Wyx.h"
 #include "support/logged_region.h"
 
@@ -19,31 +19,26 @@ namespace System::Beacon::Fencing::Scene {
 namespace {
 
 /// A rectangle that writes down when it is painted, and what the pointer does.
-class TBox final : public TLocationShape {
+class TBox final : public TRectangle {
  public:
-  TBox(const std::string& AName, const TRectF& ARect, std::string* ALog)
-      : FRect(ARect), FLog(ALog) {
+  TBox(const std::string& AName, const TRectF& ARect, std::string* ALog) : FLog(ALog) {
     SetName(AName);
+    SetRect(ARect);
+    ConnectMouseEnter([this](ISceneNode*) { Write("enter"); });
+    ConnectMouseExit([this](ISceneNode*) { Write("exit"); });
+    ConnectMouseDown([this](ISceneNode*, const TPointF& P) { Write("down", P); });
+    ConnectMouseUp([this](ISceneNode*, const TPointF& P) { Write("up", P); });
+    ConnectMouseMove([this](ISceneNode*, const TPointF& P, bool AIsDragged) {
+      Write(AIsDragged ? "drag" : "move", P);
+    });
   }
   std::function<void()> OnPaint;
-
-  void SetRect(const TRectF& R) override { FRect = R; }
-  TRectF GetRect() const override { return FRect; }
-  void SetEnableFill(bool) override {}
-  bool GetEnableFill() const override { return true; }
-
-  bool ContainsLocalPoint(TPointF P) const override { return FRect.Contains(P); }
-  void MouseEnter() override { Write("enter"); }
-  void MouseExit() override { Write("exit"); }
-  void MouseMove(IViewport*, TPointF P, bool D) override { Write(D ? "drag" : "move", P); }
-  void MouseDown(IViewport*, TPointF P) override { Write("down", P); }
-  void MouseUp(IViewport*, TPointF P) override { Write("up", P); }
 
  protected:
   void DoPaint(Canvas::ICanvas& ACanvas, const TMatrix& AMatrix) override {
     Write("paint");
     if (OnPaint) OnPaint();
-    TLocationShape::DoPaint(ACanvas, AMatrix);
+    TRectangle::DoPaint(ACanvas, AMatrix);
   }
 
  private:
@@ -52,7 +47,6 @@ class TBox final : public TLocationShape {
     *FLog += fmt::format("{} {} {},{}; ", AWhat, GetName(), P.X, P.Y);
   }
 
-  TRectF FRect;
   std::string* FLog;
 };
 
