@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "apps/wayfence/component_loading.h"
 #include "platform/errors.h"
 
@@ -15,6 +17,13 @@ namespace {
 TSourceArguments WithProject(TSourceArguments AFrom, const std::string& AProject) {
   AFrom.Project = AProject;
   return AFrom;
+}
+
+/// How much of a silence can change anything: beacons are lost after their time.
+TTicks LongestSilence(const TBeaconMapFencing& AComponent) {
+  const TTicks UntilLost =
+      AComponent.GetBeaconManagerOptions()->GetBeaconDeathTime() * TicksPerSecond;
+  return std::max(3600 * TicksPerSecond, UntilLost + 60 * TicksPerSecond);
 }
 
 }  // namespace
@@ -35,6 +44,7 @@ TMapSession::TMapSession(const TSourceArguments& AFrom,
   Component.SetXMLMap(Project.Bundle->SerializeToXML());
   if (Component.GetProjectInformation().Maps.IsEmpty())
     throw EGeneralError(fmt::format("{}: the project has no map", AProject));
+  Run.Source->ShortenSilences(LongestSilence(Component));
   Component.SetSource(Run.Source);
 }
 

@@ -86,6 +86,7 @@ TSourceResult TWatchedSource::Next(TAdvertisement& AAdvertisement, TTicks ADeadl
   try {
     const TSourceResult Result = FSource->Next(AAdvertisement, ADeadline);
     if (Result == TSourceResult::Advertisement && FFirstTime.load() < 0) FFirstTime.store(Ticks());
+    if (Result == TSourceResult::Advertisement && FReader) FSkipped.store(FReader->GetSkipped());
     if (Result == TSourceResult::Finished) FEnded.SetEvent();
     if (FReader) FProgress.Show(FReader->GetProgress(), Result == TSourceResult::Finished);
     return Result;
@@ -96,9 +97,13 @@ TSourceResult TWatchedSource::Next(TAdvertisement& AAdvertisement, TTicks ADeadl
   }
 }
 
+void TWatchedSource::ShortenSilences(TTicks ALongest) {
+  if (FReader) FReader->ShortenSilences(ALongest);
+}
+
 double TWatchedSource::GetSeconds() const noexcept {
   const TTicks First = FFirstTime.load();
-  return First < 0 ? 0.0 : static_cast<double>(Ticks() - First) / TicksPerSecond;
+  return First < 0 ? 0.0 : static_cast<double>(Ticks() - First + FSkipped.load()) / TicksPerSecond;
 }
 
 void TWatchedSource::RaiseError() const {
@@ -106,7 +111,10 @@ void TWatchedSource::RaiseError() const {
 }
 
 void TWatchedSource::ReportProblems() const {
-  if (!FReader || FReader->GetProblems().Count == 0) return;
+  if (!FReader) return;
+  if (const std::string Silences = FReader->DescribeSilences(); !Silences.empty())
+    std::fprintf(stderr, "wayfence: %s\n", Silences.c_str());
+  if (FReader->GetProblems().Count == 0) return;
   const TReadProblems& Problems = FReader->GetProblems();
   std::fprintf(stderr,
                "wayfence: %s could not be read:\n",
@@ -138,11 +146,12 @@ TRun OpenRun(const TSourceArguments& AArguments) {
     Result.Source = New<TWatchedSource>(OpenRadio(Adapter), nullptr);
     return Result;
   }
-  const auto Reader = New<TPeekingReader>(Recording);
+  const auto Peeking = New<TPeekingReader>(Recording);
   if (AArguments.Speed == 0.0)
     Result.Simulation = std::make_unique<TSimulation>(
-        TSimulationOptions{.Seed = AArguments.Seed, .StartTime = Reader->GetStartTime()});
-  Result.Start = Reader->GetStart();
+        TSimulationOptions{.Seed = AArguments.Seed, .StartTime = Peeking->GetStartTime()});
+  Result.Start = Peeking->GetStart();
+  const auto Reader = New<TSilenceReader>(Peeking);
   Result.Source = New<TWatchedSource>(New<TReplaySource>(Reader), Reader);
   return Result;
 }

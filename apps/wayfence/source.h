@@ -8,6 +8,7 @@
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/progress.h"
+#include "apps/wayfence/silences.h"
 #include "platform/beacons/advertisement.h"
 #include "platform/simulation.h"
 #include "platform/threads.h"
@@ -20,7 +21,7 @@ class TWatchedSource final : public System::TInterfacedObject,
  public:
   /// `AReader` is the recording behind the source; nothing for a radio.
   TWatchedSource(System::TRef<System::Beacon::IAdvertisementSource> ASource,
-                 System::TRef<System::Beacon::IAdvertisementReader> AReader)
+                 System::TRef<TSilenceReader> AReader)
       : FSource(std::move(ASource)), FReader(std::move(AReader)) {}
 
   void Open() override { FSource->Open(); }
@@ -30,21 +31,25 @@ class TWatchedSource final : public System::TInterfacedObject,
   void Interrupt() noexcept override { FSource->Interrupt(); }
   bool IsLive() const override { return FSource->IsLive(); }
 
-  /// Seconds since the first advertisement; 0 before it. Any thread.
+  /// Before `Open`: of a recording's silences of more than `ALongest` that much is run, and the
+  /// rest is told by `ReportProblems`.
+  void ShortenSilences(System::TTicks ALongest);
+  /// Seconds since the first advertisement, of a recording's own clock; 0 before it. Any thread.
   double GetSeconds() const noexcept;
   /// Set at the end of a recording and when the source has failed.
   System::TEvent& GetEnded() noexcept { return FEnded; }
   /// Raises what the source failed with, once it has ended.
   void RaiseError() const;
-  /// Says on standard error what could not be read, if anything.
+  /// Says on standard error what could not be read and which silences were shortened, if anything.
   void ReportProblems() const;
 
  private:
   const System::TRef<System::Beacon::IAdvertisementSource> FSource;
-  const System::TRef<System::Beacon::IAdvertisementReader> FReader;
+  const System::TRef<TSilenceReader> FReader;
   System::TEvent FEnded{"the end of the source"};
   std::atomic<System::TTicks> FFirstTime{-1};
-  std::string FError;  // written before FEnded is set
+  std::atomic<System::TTicks> FSkipped{0};  // before the advertisement that was delivered last
+  std::string FError;                       // written before FEnded is set
   TProgress FProgress;
 };
 

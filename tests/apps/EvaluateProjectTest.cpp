@@ -5,6 +5,7 @@
 #include "apps/wayfence/floor_changes.h"
 #include "apps/wayfence/zone_stays.h"
 #include "platform/drawing.h"
+#include "support/fake_beacon.h"
 #include "support/fake_design.h"
 #include "support/program.h"
 
@@ -12,6 +13,7 @@ namespace Wayfence {
 namespace {
 
 using namespace System;
+using namespace System::Beacon;
 using namespace System::Beacon::Fencing;
 
 /// The example project, its walk and a recording of it.
@@ -46,6 +48,32 @@ TEST_F(EvaluateProject, TellsTheSameOfAWalkEveryTime) {
   EXPECT_EQ(Result["zones"]["stays"], 4);
   EXPECT_FALSE(Result.contains("arrivals"));
   EXPECT_TRUE(ResultOf("walk.truth.csv --route Bookshelf")["arrivals"].is_array());
+}
+
+/// A clock that was set, a damaged time: the last advertisement comes 54 years after the others.
+TEST_F(EvaluateProject, PassesOverALongSilence) {
+  const std::string Walk = ReadWholeFile(Path("walk.log"), 1 << 24);
+  const TPayload Last = iBeaconPayload(TestGUID, 1, 1);
+  ReplaceFile(Path("walk.log"), Walk + LogLine(1000, 1, -60, Last));
+  ReplaceFile(Path("jump.log"), Walk + LogLine(1.7e9, 1, -60, Last));
+  std::vector<std::string> Recordings{"jump.log"};
+#ifdef WAYFENCE_HAS_PCAP
+  OutputOf("record jump.pcap --source jump.log --format pcap");
+  Recordings.emplace_back("jump.pcap");
+#endif
+  const std::string Expected = OutputOf(std::string(Files) + "walk.truth.csv");
+  for (const std::string& Recording : Recordings) {
+    const TOutcome Outcome =
+        Run("evaluate office.xml --truth walk.truth.csv --source " + Recording);
+    EXPECT_EQ(Outcome.Output, Expected) << Recording;
+    EXPECT_EQ(
+        Outcome.Messages,
+        "wayfence: the recording is silent for 472222.2 hours after 79.246 s; that was passed "
+        "over\n");
+    const std::string Map = OutputOf("map office.xml --source " + Recording);
+    EXPECT_NE(Map.find("{\"time\": 1699999999.998, \"event\": \"Finished\""), std::string::npos);
+    EXPECT_EQ(OutputOf("map office.xml --source " + Recording), Map);
+  }
 }
 
 /// The truth is another one: always upstairs, among the books.
