@@ -31,18 +31,6 @@ void CheckSize(TMap& AMap, TFaults& AFaults) {
             TEnumNames<TMeasureUnits>::Names[static_cast<std::size_t>(AMap.GetMeasureUnits())]));
 }
 
-/// What is wrong with a file as a picture; empty for a good one.
-std::string FaultOfPicture(TBundle& ABundle, const std::string& APath) {
-  if (!ABundle.ContainsFileWithPath(APath))
-    return fmt::format("its picture '{}' is not in the bundle; add the file", APath);
-  try {
-    DecodePicture(ABundle.GetStringForKey(APath), APath);
-  } catch (const std::exception& Error) {
-    return Error.what();
-  }
-  return {};
-}
-
 /// Of every node that shows one.
 void CheckPictures(const TProjectFile& AProject, TFaults& AFaults) {
   std::map<std::string, std::string> FaultByPath;  // each is decoded once
@@ -83,6 +71,17 @@ void CheckUnusedFiles(const TProjectFile& AProject, TFaults& AFaults) {
 }
 
 }  // namespace
+
+std::string FaultOfPicture(TBundle& ABundle, const std::string& APath) {
+  if (!ABundle.ContainsFileWithPath(APath))
+    return fmt::format("its picture '{}' is not in the bundle; add the file", APath);
+  try {
+    DecodePicture(ABundle.GetStringForKey(APath), APath);
+  } catch (const std::exception& Error) {
+    return Error.what();
+  }
+  return {};
+}
 
 void CheckMaps(const TProjectFile& AProject, TFaults& AFaults) {
   const auto Maps = NodesOf<TMap>(AProject.Scene.Get());

@@ -9,6 +9,7 @@
 #include "apps/wayfence/map_route.h"
 #include "apps/wayfence/map_session.h"
 #include "apps/wayfence/project_comparison.h"
+#include "apps/wayfence/run_warnings.h"
 #include "platform/errors.h"
 #include "platform/files.h"
 
@@ -44,11 +45,11 @@ void Perform(TMapSession& ASession, TEstimatedWalk& AWalk, const std::string& AR
   ASession.Run.Source->RaiseError();
 }
 
-void WarnOfRun(const TProjectComparison& AComparison, const TEstimatedWalk& AWalk) {
+void WarnOfRun(const TMapSession& ASession,
+               const TProjectComparison& AComparison,
+               const TEstimatedWalk& AWalk) {
   if (AWalk.GetEstimates().empty())
-    fmt::print(stderr,
-               "wayfence: no estimate: never were enough beacons of the project heard at once; see "
-               "BeaconsToUse of the ParticleFilterOptions\n");
+    WarnOfNoEstimate(ASession);
   else if (AComparison.Estimates == 0)
     fmt::print(stderr,
                "wayfence: none of {} estimates lies at a known position; see that the times of the "
@@ -65,11 +66,12 @@ int EvaluateProject(const TEvaluateArguments& AArguments) {
       ReadTruth(AArguments.TruthFile, Session.Component.GetProjectInformation().Maps.GetLength());
   TEstimatedWalk Walk(Session.Component,
                       [&Run = Session.Run] { return Run.Start + Run.Source->GetSeconds(); });
+  WarnOfProject(Session);
   Perform(Session, Walk, AArguments.Route);
   const TFencingProject Project = Session.Component.GetProjectInformation();
   const TProjectComparison Comparison = CompareWithTruth(
       Project, Walk, Truth, {.Skip = AArguments.Skip, .Tolerance = AArguments.Tolerance});
-  WarnOfRun(Comparison, Walk);
+  WarnOfRun(Session, Comparison, Walk);
   if (!AArguments.PictureFile.empty())
     ReplaceFile(AArguments.PictureFile,
                 EncodePng(*DrawEvaluation(

@@ -12,6 +12,7 @@
 #include "apps/wayfence/map_session.h"
 #include "apps/wayfence/map_window.h"
 #include "apps/wayfence/run_recording.h"
+#include "apps/wayfence/run_warnings.h"
 #include "platform/controls/offscreen_control.h"
 
 namespace Wayfence {
@@ -105,12 +106,15 @@ int RunMap(const TMapArguments& AArguments) {
   };
   TMapEvents Events(
       Component, [&Source] { return Source.GetSeconds(); }, Print);
+  bool HasEstimate = false;
   Events.OnPosition = [&] {
+    HasEstimate = true;
     Route.Begin();
     if (Recording) Recording->Signals(Source.GetSeconds());
     if (Frames) Frames->Draw(Source.GetSeconds());
   };
 
+  WarnOfProject(Session);
   if (Source.IsLive()) std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   Print(StartedLine(AArguments, Component.GetProjectInformation()));
   Component.SetEnabled(true);
@@ -125,6 +129,7 @@ int RunMap(const TMapArguments& AArguments) {
   if (Recording) Recording->Close();
   Source.ReportProblems();
   Source.RaiseError();
+  if (!HasEstimate) WarnOfNoEstimate(Session);
   return ExitDone;
 }
 

@@ -42,4 +42,7 @@ void CheckLinks(const TProjectFile& AProject, TFaults& AFaults);
 /// Names, descriptions, and the places of nodes.
 void CheckNodes(const TProjectFile& AProject, TFaults& AFaults);
 
+/// What is wrong with a file of the bundle as a picture; empty for a good one.
+std::string FaultOfPicture(System::Beacon::Fencing::TBundle& ABundle, const std::string& APath);
+
 }  // namespace Wayfence

@@ -76,6 +76,34 @@ TEST_F(EvaluateProject, PassesOverALongSilence) {
   }
 }
 
+TEST_F(EvaluateProject, SaysWhyNothingComesOfARun) {
+  ReplaceFile(Path("other.log"), LogLine(0, 9, -60, iBeaconPayload(TGUID(), 1, 1)));
+  ReplaceFile(Path("seven.json"), R"({"ParticleFilterOptions": {"BeaconsToUse": 7}})");
+  const std::string Project = ReadWholeFile(Path("office.xml"), 1 << 24);
+  std::string Lost = Project;
+  Lost.replace(Lost.find("\"ground.png\""), 12, "\"lost.png\"");
+  ReplaceFile(Path("lost.xml"), Lost);
+  struct TCase {
+    const char* Arguments;
+    const char* Message;
+  };
+  for (const TCase& C :
+       {TCase{"office.xml --source walk.log", ""},
+        TCase{"office.xml --source other.log", "none of the 1 advertisements came from a beacon"},
+        TCase{"office.xml --source walk.log --component seven.json",
+              "a position takes 7 beacons (BeaconsToUse), and fewer are used for positions here: "
+              "'Upper floor' has 6\n"},
+        TCase{"lost.xml --source walk.log",
+              "Ground floor: its picture 'ground.png' is not in the bundle; add the file\n"}})
+    for (const char* Command : {"map ", "evaluate --truth walk.truth.csv "}) {
+      const TOutcome Outcome = Run(std::string(Command) + C.Arguments);
+      EXPECT_EQ(Outcome.ExitCode, 0);
+      const std::string Expected = *C.Message ? std::string("wayfence: ") + C.Message : "";
+      EXPECT_EQ(Outcome.Messages.substr(0, Expected.size()), Expected) << Command << C.Arguments;
+      EXPECT_EQ(Outcome.Messages.empty(), Expected.empty()) << Outcome.Messages;
+    }
+}
+
 /// The truth is another one: always upstairs, among the books.
 TEST_F(EvaluateProject, TellsOfWhatIsWrong) {
   ReplaceFile(Path("truth.csv"), "t,x,y,map\n0,6.5,10,1\n0.5,6.5,10,1\n9,6.5,10,1\n");
