@@ -8,137 +8,91 @@
 namespace System::Beacon::Fencing {
 namespace {
 
-/// One property: what it is at first, another value that it takes, and those that it refuses.
-struct TRow {
-  std::string Property;
-  TValue Default;
-  TValue Other;
-  std::vector<TValue> Refused = {};
-  std::string Message = {};
-  int Notifications = 1;
-};
-
-template <class T>
-TRow Row(const char* AProperty, T ADefault, T AOther) {
-  return {AProperty, TValue::From(ADefault), TValue::From(AOther)};
+/// A value beside another one.
+TValue Another(const TValue& AValue) {
+  TValue::TData Data = AValue.GetData();
+  if (auto* const Number = std::get_if<std::int64_t>(&Data)) *Number ^= 1;
+  if (auto* const Real = std::get_if<double>(&Data)) *Real = 64.0;
+  if (auto* const Color = std::get_if<TAlphaColor>(&Data)) Color->Value ^= 1;
+  if (auto* const Is = std::get_if<bool>(&Data)) *Is = !*Is;
+  return TValue(*AValue.GetType(), Data);
 }
 
-TRow Positive(const char* AProperty, std::int32_t ADefault, const char* AWhat) {
-  TRow Result = Row<std::int32_t>(AProperty, ADefault, 1);
-  Result.Refused = {TValue::From(0), TValue::From(-1), TValue::From(INT32_MIN)};
-  Result.Message = std::string(AWhat) + " should be greater than 0";
+/// Gives every property another value, twice; how often each of them notified.
+std::string ChangeAll(TOptionSet& AOptions) {
+  std::string Result;
+  for (const TPropertyInfo& Property : AOptions.GetClassInfo().Properties) {
+    int Notified = 0;
+    AOptions.SetOnChange([&](TObject* ASender) { Notified += ASender == &AOptions ? 1 : 100; });
+    const TValue Other = Another(Property.Get(AOptions));
+    for (int I = 0; I < 2; ++I) Property.Set(AOptions, Other);
+    EXPECT_EQ(Property.Get(AOptions), Other) << Property.Name;
+    Result += std::to_string(Notified);
+  }
+  AOptions.SetOnChange({});
   return Result;
 }
 
-TRow Deviation() {
-  TRow Result = Row("SignalRelativeStdDev", 0.15F, 100.0F);
-  for (const float Refused : {0.0F, -1.0F, 100.5F, NAN})
-    Result.Refused.push_back(TValue::From(Refused));
-  Result.Message = "Signal Relative standard deviation should be Between 1 and 100";
-  return Result;
-}
-
-TRow PlainField() {
-  TRow Result = Row("SPC", 0.0F, 0.5F);
-  Result.Notifications = 0;
-  return Result;
-}
-
-const std::vector<TRow> ManagerRows{
-    Positive("BeaconDeathTime", 20, "Beacon death time"),
-    Positive("ScanningTime", 500, "Scanning time"),
-    Positive("ScanningSleepingTime", 250, "Scanning sleeping time"),
-    Row("SPC", 0.5F, -2.0F),
-    Row("CalcMode", TBeaconCalcMode::Stabilized, TBeaconCalcMode::Raw),
-    Row("Mode", TBeaconScanMode::Standard, TBeaconScanMode::Alternative)};
-
-const std::vector<TRow> FilterRows{Positive("ParticlesNumber", 500, "Particles number"),
-                                   Positive("UpdateInterval", 500, "Update interval"),
-                                   Row("MovementStDeviation", 15, -3),
-                                   Deviation(),
-                                   Positive("BeaconsToUse", 3, "Number of beacons to use"),
-                                   Row("OwnsCalcDistance", true, false),
-                                   Row("MotionThreshold", 4.0, -1.0),
-                                   Row("CalibrationAverage", 0.33, 2.0),
-                                   PlainField(),
-                                   Row("AutomaticCalibration", false, true)};
-
-const std::vector<TRow> FencingRows{
-    Row("ZoneHighlightMetod", TZoneHighlightMetod::RawPosition, TZoneHighlightMetod::PathPosition),
-    Row("RawPositionColor", TAlphaColor{0xFF000000}, TAlphaColor{1}),
-    Row("PathPositionColor", TAlphaColor{0xFF8A2BE2}, TAlphaColor{1}),
-    Row("RawPositionRadius", 2.0F, 0.0F),
-    Row("PathPositionRadius", 1.4F, 0.0F)};
-
-const TPropertyInfo& PropertyOf(const TOptionSet& AOptions, const TRow& ARow) {
-  return *FindProperty(AOptions.GetClassInfo(), ARow.Property);
-}
-
-void CheckRow(TOptionSet& AOptions, const TRow& ARow) {
-  const TPropertyInfo& Property = PropertyOf(AOptions, ARow);
-  int Notifications = 0;
-  AOptions.SetOnChange([&](TObject* ASender) { Notifications += ASender == &AOptions ? 1 : 100; });
-  for (const TValue& Refused : ARow.Refused)
-    EXPECT_EQ(Raised<EComponentError>([&] { Property.Set(AOptions, Refused); }), ARow.Message);
-  Property.Set(AOptions, ARow.Default);
-  EXPECT_EQ(Property.Get(AOptions), ARow.Default) << ARow.Property;
-  EXPECT_EQ(Notifications, 0) << ARow.Property;
-  Property.Set(AOptions, ARow.Other);
-  Property.Set(AOptions, ARow.Other);
-  EXPECT_EQ(Property.Get(AOptions), ARow.Other) << ARow.Property;
-  EXPECT_EQ(Notifications, ARow.Notifications) << ARow.Property;
-}
-
+/// Which properties notify when they change, and which of them arrive when they are assigned.
 template <class TOptions>
-void CheckRows(const std::vector<TRow>& ARows) {
-  TOptions Options;
-  EXPECT_EQ(ARows.size(), TOptions::ClassInfo().Properties.size());
-  for (const TRow& Row : ARows)
-    EXPECT_EQ(PropertyOf(Options, Row).Get(Options), Row.Default) << Row.Property;
-  for (const TRow& Row : ARows) CheckRow(Options, Row);
-}
-
-TEST(FencingOptions, RefuseWhatIsOutOfRangeAndNotifyOfChangesOnly) {
-  CheckRows<TBeaconManagerOptions>(ManagerRows);
-  CheckRows<TParticleFilterOptions>(FilterRows);
-  CheckRows<TFencingOptions>(FencingRows);
-}
-
-/// Assigns options whose every value is another one; the first `AAssigned` of them arrive.
-template <class TOptions>
-void CheckAssign(const std::vector<TRow>& ARows, std::size_t AAssigned) {
+void Check(const char* ANotified, const char* AAssigned) {
   TOptions From, To;
-  for (const TRow& Row : ARows) PropertyOf(From, Row).Set(From, Row.Other);
+  EXPECT_EQ(ChangeAll(From), ANotified);
   To.Assign(&From);
-  for (std::size_t I = 0; I < ARows.size(); ++I)
-    EXPECT_EQ(PropertyOf(To, ARows[I]).Get(To), I < AAssigned ? ARows[I].Other : ARows[I].Default)
-        << ARows[I].Property;
+  std::string Assigned;
+  for (const TPropertyInfo& Property : TOptions::ClassInfo().Properties)
+    Assigned += Property.Get(To) == Property.Get(From) ? "1" : "0";
+  EXPECT_EQ(Assigned, AAssigned);
 }
 
-TEST(FencingOptions, AssignTheValuesThatEachClassPromises) {
-  CheckAssign<TBeaconManagerOptions>(ManagerRows, 6);
-  CheckAssign<TParticleFilterOptions>(FilterRows, 5);
-  CheckAssign<TFencingOptions>(FencingRows, 1);
+TEST(FencingOptions, NotifyOfChangesOnlyAndAssignTheValuesThatEachClassPromises) {
+  Check<TBeaconManagerOptions>("111111", "111111");
+  Check<TParticleFilterOptions>("1111111101", "1111100000");
+  Check<TFencingOptions>("11111", "10000");
+}
+
+TEST(FencingOptions, RefuseWhatIsOutOfRange) {
+  TBeaconManagerOptions Manager;
+  TParticleFilterOptions Filter;
+  Filter.SetSignalRelativeStdDev(100.0F);
+  const std::vector<TValue> BelowOne{TValue::From(0), TValue::From(-1), TValue::From(INT32_MIN)};
+  std::vector<TValue> Deviations;
+  for (const float Value : {0.0F, -1.0F, 100.5F, NAN}) Deviations.push_back(TValue::From(Value));
+  const std::string Deviation = "Signal Relative standard deviation should be Between 1 and 100";
+  struct TCase {
+    TOptionSet& Options;
+    const char* Property;
+    std::string Message;
+  };
+  for (const TCase& C : {TCase{Manager, "BeaconDeathTime", "Beacon death time"},
+                         {Manager, "ScanningTime", "Scanning time"},
+                         {Manager, "ScanningSleepingTime", "Scanning sleeping time"},
+                         {Filter, "ParticlesNumber", "Particles number"},
+                         {Filter, "UpdateInterval", "Update interval"},
+                         {Filter, "BeaconsToUse", "Number of beacons to use"},
+                         {Filter, "SignalRelativeStdDev", Deviation}}) {
+    C.Options.SetOnChange([](TObject*) { FAIL() << "nothing has changed"; });
+    const TPropertyInfo& Property = *FindProperty(C.Options.GetClassInfo(), C.Property);
+    const TValue Before = Property.Get(C.Options);
+    const bool IsCount = C.Message != Deviation;
+    for (const TValue& Refused : IsCount ? BelowOne : Deviations)
+      EXPECT_EQ(Raised<EComponentError>([&] { Property.Set(C.Options, Refused); }),
+                C.Message + (IsCount ? " should be greater than 0" : ""));
+    EXPECT_EQ(Property.Get(C.Options), Before);
+  }
 }
 
 TEST(TBeaconManagerOptions, AssignsItsHandlerTooBeforeTheMode) {
   TBeaconManagerOptions From, To;
-  for (const TRow& Row : ManagerRows) PropertyOf(From, Row).Set(From, Row.Other);
+  ChangeAll(From);
   std::string Told;
   From.SetOnChange([&](TObject* ASender) { Told += ASender == &To ? "S" : "?"; });
   To.SetOnChange([&](TObject* ASender) { Told += ASender == &To ? "d" : "?"; });
   To.Assign(&From);
   EXPECT_EQ(Told, "dddddS");
-  To.SetScanningTime(9);
-  EXPECT_EQ(Told, "dddddSS");
-}
-
-TEST(FencingOptions, AreNotAssignedToOneAnother) {
-  TBeaconManagerOptions Manager;
   TParticleFilterOptions Filter;
-  EXPECT_THROW(Manager.Assign(&Filter), EComponentError);
-  EXPECT_THROW(Filter.Assign(&Manager), EComponentError);
-  EXPECT_THROW(Manager.Assign(nullptr), EComponentError);
+  EXPECT_THROW(From.Assign(&Filter), EComponentError);
+  EXPECT_THROW(Filter.Assign(&From), EComponentError);
 }
 
 }  // namespace

@@ -9,7 +9,6 @@ namespace {
 constexpr const char* UUID = "{2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6}";
 constexpr const char* LowerUUID = "{2f234454-cf6d-4a0f-adf2-f4911ba9ffa6}";
 constexpr const char* Namespace = "00112233445566778899";
-constexpr const char* Manufacturer = "Manufacturer ID should be -1 or a four digits hex value";
 
 /// An item in a list that counts its notifications.
 struct TListed {
@@ -29,57 +28,45 @@ struct TListed {
   int Notifications = 0;
 };
 
-TEST(TBeaconItem, ReadsTextsAndKeepsWhatItPrints) {
+TEST(TBeaconItem, KeepsWhatItPrintsAndRefusesOtherTextsWithoutNotification) {
+  constexpr const char* BadUUID =
+      "'' is not a valid GUID value; it looks like {00112233-4455-6677-8899-AABBCCDDEEFF}";
+  constexpr const char* Manufacturer = "Manufacturer ID should be -1 or a four digits hex value";
   struct TCase {
     const char* Property;
-    const char* Text;
-    const char* Printed;
+    std::vector<std::pair<const char*, const char*>> Printed;  // by text
+    const char* Message;
+    std::vector<const char*> Refused;
   };
-  for (const TCase& C : {TCase{"UUID", LowerUUID, UUID},
-                         {"ManufacturerID", "-1", "-1"},
-                         {"ManufacturerID", "0", "0"},
-                         {"ManufacturerID", "A", "A"},
-                         {"ManufacturerID", "004C", "004C"},
-                         {"ManufacturerID", "ffff", "ffff"},
-                         {"EddyNamespace", "aabbccddeeff00112233", "AABBCCDDEEFF00112233"},
-                         {"EddyInstance", "aAbBcC001122", "AABBCC001122"},
-                         {"DisplayName", "Door", "Door"}}) {
+  for (const TCase& C :
+       {TCase{"UUID", {{LowerUUID, UUID}}, BadUUID, {""}},
+        {"ManufacturerID",
+         {{"-1", "-1"}, {"0", "0"}, {"A", "A"}, {"004C", "004C"}, {"ffff", "ffff"}},
+         Manufacturer,
+         {"", "12345", "-2", "G1", "+1", " 1", "$1"}},
+        {"EddyNamespace",
+         {{"aabbccddeeff00112233", "AABBCCDDEEFF00112233"}},
+         "Invalid Eddystone namespace",
+         {"", "0011223344556677889", "001122334455667788990", "G0112233445566778899"}},
+        {"EddyInstance",
+         {{"aAbBcC001122", "AABBCC001122"}},
+         "Invalid Eddystone instance",
+         {"", "00112233445", "0011223344556", " 01122334455"}}}) {
     TListed Listed;
-    Listed.Set(C.Property, C.Text);
-    EXPECT_EQ(Listed.Get(C.Property), C.Printed);
+    for (const auto& [Text, Printed] : C.Printed) {
+      Listed.Set(C.Property, Text);
+      EXPECT_EQ(Listed.Get(C.Property), Printed);
+    }
+    Listed.Notifications = 0;
+    for (const char* Text : C.Refused)
+      EXPECT_EQ(Raised<EGeneralError>([&] { Listed.Set(C.Property, Text); }), C.Message) << Text;
+    EXPECT_EQ(Listed.Get(C.Property), C.Printed.back().second);
+    EXPECT_EQ(Listed.Notifications, 0);
   }
 }
 
-TEST(TBeaconItem, RefusesOtherTextsWithoutNotificationAndKeepsItsOwn) {
-  constexpr const char* BadUUID =
-      "'' is not a valid GUID value; it looks like {00112233-4455-6677-8899-AABBCCDDEEFF}";
-  const std::vector<std::tuple<const char*, const char*, std::vector<const char*>>> Cases{
-      {"UUID", BadUUID, {""}},
-      {"ManufacturerID", Manufacturer, {"", "12345", "-2", "G1", "+1", " 1", "$1"}},
-      {"EddyNamespace",
-       "Invalid Eddystone namespace",
-       {"", "0011223344556677889", "001122334455667788990", "G0112233445566778899"}},
-      {"EddyInstance",
-       "Invalid Eddystone instance",
-       {"", "00112233445", "0011223344556", " 01122334455"}}};
-  for (const auto& [Property, Message, Texts] : Cases)
-    for (const char* Text : Texts) {
-      TListed Listed;
-      Listed.Item.SetManufacturerID("4C");
-      const std::string Before = Listed.Get(Property);
-      EXPECT_EQ(Raised<EGeneralError>([&, P = Property] { Listed.Set(P, Text); }), Message) << Text;
-      EXPECT_EQ(Listed.Get(Property), Before);
-      EXPECT_EQ(Listed.Notifications, 0);
-    }
-}
-
 TEST(TBeaconItem, NotifiesAsOftenAsEachSetterPromises) {
-  struct TCase {
-    const char* What;
-    void (*Set)(TBeaconItem&);
-    int First, Again;
-  };
-  const TCase Cases[] = {
+  const std::tuple<const char*, void (*)(TBeaconItem&), int, int> Cases[] = {
       {"UUID", [](TBeaconItem& A) { A.SetUUID(UUID); }, 1, 0},
       {"UUID in lower case", [](TBeaconItem& A) { A.SetUUID(LowerUUID); }, 1, 1},
       {"Major", [](TBeaconItem& A) { A.SetMajor(7); }, 1, 0},
@@ -91,12 +78,12 @@ TEST(TBeaconItem, NotifiesAsOftenAsEachSetterPromises) {
       {"ManufacturerID", [](TBeaconItem& A) { A.SetManufacturerID("4C"); }, 0, 0},
       {"GUID", [](TBeaconItem& A) { A.SetGUID(StringToGUID(UUID)); }, 0, 0},
       {"EddyUID", [](TBeaconItem& A) { A.SetEddyUID({.Namespace = {1}}); }, 0, 0}};
-  for (const TCase& C : Cases) {
+  for (const auto& [What, Set, First, Again] : Cases) {
     TListed Listed;
-    C.Set(Listed.Item);
-    EXPECT_EQ(std::exchange(Listed.Notifications, 0), C.First) << C.What;
-    C.Set(Listed.Item);
-    EXPECT_EQ(Listed.Notifications, C.Again) << C.What << " again";
+    Set(Listed.Item);
+    EXPECT_EQ(std::exchange(Listed.Notifications, 0), First) << What;
+    Set(Listed.Item);
+    EXPECT_EQ(Listed.Notifications, Again) << What << " again";
   }
 }
 

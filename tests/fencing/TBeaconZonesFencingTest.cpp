@@ -176,22 +176,21 @@ TEST(TBeaconZonesFencing, ChecksBaseValuesBeforeItSpreadsThem) {
 // ---------------------------------------------------------------- inside handlers
 
 TEST(TBeaconZonesFencing, IsSilentAfterAHandlerHasDisabledIt) {
-  struct TCase {
-    const char *DisabledBy, *Events, *Zone;
-  };
-  for (const TCase& C : {TCase{"ZoneExit A by 2", "ZoneEnter A by 1; ZoneExit A by 2", ""},
-                         // It stays in the zone whose exit it did not come to tell.
-                         TCase{"ZoneBeaconProximity B.2 Near", "ZoneEnter A by 1", "A"}}) {
+  for (const auto& [DisabledBy, Events, ZoneName] :
+       {std::tuple<const char*, const char*, const char*>{
+            "ZoneExit A by 2", "ZoneEnter A by 1; ZoneExit A by 2", ""},
+        // It stays in the zone whose exit it did not come to tell.
+        {"ZoneBeaconProximity B.2 Near", "ZoneEnter A by 1", "A"}}) {
     TScanning Scanning({Heard(1), Heard(2), Heard(1), Heard(1), Heard(2)});
-    Scanning.Log.OnEvent = [&](const std::string& ALine) {
-      if (ALine == C.DisabledBy) Scanning.Component.SetEnabled(false);
+    Scanning.Log.OnEvent = [&, &DisabledBy = DisabledBy](const std::string& ALine) {
+      if (ALine == DisabledBy) Scanning.Component.SetEnabled(false);
     };
     Scanning.Component.SetEnabled(true);
     Sleep(20'000);
-    EXPECT_EQ(Scanning.Log.TakeZones(), C.Events);
+    EXPECT_EQ(Scanning.Log.TakeZones(), Events);
     EXPECT_FALSE(Scanning.Component.GetEnabled());
     const TBeaconZoneItem* const Zone = Scanning.Component.GetCurrentZone();
-    EXPECT_EQ(Zone ? Zone->GetDisplayName() : "", C.Zone);
+    EXPECT_EQ(Zone ? Zone->GetDisplayName() : "", ZoneName);
     Scanning.Log.OnEvent = {};
     Scanning.Run();
     EXPECT_EQ(Scanning.Component.GetCurrentZone(), Scanning.Component.GetZones()->GetItems(1));

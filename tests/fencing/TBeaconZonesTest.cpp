@@ -64,15 +64,6 @@ TEST(TBeaconZones, AListHoldsBackItsOwnNotificationsOnly) {
 
 // ---------------------------------------------------------------- zones
 
-TEST(TBeaconZoneItem, TranslatesItsProximityToTheServices) {
-  TBeaconZoneItem Zone(nullptr);
-  EXPECT_EQ(static_cast<int>(Zone.GetSystemProximity()), 2);
-  Zone.SetBeaconProximity(TBeaconEditProximity::Immediate);
-  EXPECT_EQ(static_cast<int>(Zone.GetSystemProximity()), 1);
-  Zone.SetBeaconProximity(TBeaconZoneItem::TBeaconEditProximity::Away);
-  EXPECT_EQ(static_cast<int>(Zone.GetSystemProximity()), 3);
-}
-
 TEST(TBeaconZoneItem, CopiesAnotherListAndIgnoresItsOwn) {
   TCountedZones Zones("A Near 1, B Near 2 3");
   TBeaconInZoneList* const Own = Zones.GetItems(0)->GetBeaconList();

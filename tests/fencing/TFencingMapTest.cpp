@@ -52,25 +52,20 @@ int DisordersIn(const TFencingBeacons& AList, const TComparer<TFencingBeacon>& A
 
 TEST(TFencingMap, RecognisesABeaconThatIsNotBoundByTheKindOfTheSighting) {
   using K = TKindofBeacon;
-  struct TCase {
-    const char* What;
-    K Kind;
-    void (*Change)(TFakeBeacon& ASighting);
-    bool IsFound;
-  };
-  for (const TCase& C :
-       {TCase{"iBeacon", K::iBeacon, [](auto&) {}, true},
-        TCase{"AltBeacon", K::AltBeacon, [](auto&) {}, true},
-        TCase{"both", K::iBeaconAltBeacon, [](auto&) {}, true},
-        TCase{"Eddystone", K::Eddystone, [](auto& S) { S.GUID = {}; }, true},
-        TCase{"other UUID", K::iBeacon, [](auto& S) { S.GUID = {}; }, false},
-        TCase{"other major", K::iBeacon, [](auto& S) { S.Major = 8; }, false},
-        TCase{"other minor", K::AltBeacon, [](auto& S) { S.Minor = 8; }, false},
-        TCase{"other namespace", K::Eddystone, [](auto& S) { S.UID.Namespace[9] = 1; }, false},
-        TCase{"other instance", K::Eddystone, [](auto& S) { S.UID.Instance[5] = 1; }, false},
-        TCase{"no iBeacon view", K::iBeacon, [](auto& S) { S.OffersView = false; }, false},
-        TCase{"no AltBeacon view", K::AltBeacon, [](auto& S) { S.OffersView = false; }, false},
-        TCase{"no Eddystone view", K::Eddystone, [](auto& S) { S.OffersView = false; }, false}}) {
+  using TChange = void (*)(TFakeBeacon&);
+  for (const auto& [What, Kind, Change, IsFound] :
+       {std::tuple<const char*, K, TChange, bool>{"iBeacon", K::iBeacon, [](auto&) {}, true},
+        {"AltBeacon", K::AltBeacon, [](auto&) {}, true},
+        {"both", K::iBeaconAltBeacon, [](auto&) {}, true},
+        {"Eddystone", K::Eddystone, [](auto& S) { S.GUID = {}; }, true},
+        {"other UUID", K::iBeacon, [](auto& S) { S.GUID = {}; }, false},
+        {"other major", K::iBeacon, [](auto& S) { S.Major = 8; }, false},
+        {"other minor", K::AltBeacon, [](auto& S) { S.Minor = 8; }, false},
+        {"other namespace", K::Eddystone, [](auto& S) { S.UID.Namespace[9] = 1; }, false},
+        {"other instance", K::Eddystone, [](auto& S) { S.UID.Instance[5] = 1; }, false},
+        {"no iBeacon view", K::iBeacon, [](auto& S) { S.OffersView = false; }, false},
+        {"no AltBeacon view", K::AltBeacon, [](auto& S) { S.OffersView = false; }, false},
+        {"no Eddystone view", K::Eddystone, [](auto& S) { S.OffersView = false; }, false}}) {
     TFencingMap Map = MapOf("- - -");
     Map.BeaconList[0].DesignBeacon = nullptr;
     const TRef<TFakeDesignBeacon> Design = NewFakeDesignBeacon(TestGUID, 9);
@@ -78,15 +73,15 @@ TEST(TFencingMap, RecognisesABeaconThatIsNotBoundByTheKindOfTheSighting) {
     Design->EddyNamespace = "aabb2233445566778899";
     Design->EddyInstance = "0000000000fE";
     Map.BeaconList[2].DesignBeacon = Design;
-    const TRef<TFakeBeacon> Sighting = NewFakeBeacon(9, C.Kind);
+    const TRef<TFakeBeacon> Sighting = NewFakeBeacon(9, Kind);
     Sighting->Major = 7;
     Sighting->UID.SetNamespace("AABB2233445566778899");
     Sighting->UID.SetInstance("0000000000FE");
-    C.Change(*Sighting);
+    Change(*Sighting);
     TFencingBeacon Found{Sighting, Design};
-    EXPECT_EQ(Map.GetFencingBeaconFor(Sighting, Found, false), C.IsFound) << C.What;
-    EXPECT_EQ(IsSame(Found.DesignBeacon.Get(), Design.Get()), C.IsFound) << C.What;
-    EXPECT_EQ(IsSame(Map.BeaconList[2].BTBeacon.Get(), Sighting.Get()), C.IsFound) << C.What;
+    EXPECT_EQ(Map.GetFencingBeaconFor(Sighting, Found, false), IsFound) << What;
+    EXPECT_EQ(IsSame(Found.DesignBeacon.Get(), Design.Get()), IsFound) << What;
+    EXPECT_EQ(IsSame(Map.BeaconList[2].BTBeacon.Get(), Sighting.Get()), IsFound) << What;
   }
 }
 

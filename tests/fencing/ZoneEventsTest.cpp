@@ -39,8 +39,31 @@ TEST(ZoneEvents, PutTheDeviceInOneZoneAtATime) {
     ZoneEnter A by 1; ZoneExit A by 1; ZoneEnter B by 3 | B
 - with no nearest, one zone is entered in place of another | enter 1 Near -1; enter 3 Near -1 |
     ZoneEnter A by 1; ZoneExit A by 3; ZoneEnter B by 3 | B
+- neither a beacon of no zone nor one at an unknown distance is the nearest | enter 9 Near 0.1;
+    enter 3 Near -1; enter 1 Near 2; report 1 Far 2 |
+    ZoneEnter B by 3; ZoneExit B by 1; ZoneEnter A by 1 | A
+- of two at one distance the first that was seen is the nearest | enter 3 Near 2; enter 1 Near 2;
+    report 1 Far 2 | ZoneEnter B by 3; ZoneExit B by 1; ZoneEnter A by 1; ZoneExit A by 1;
+    ZoneEnter B by 3 | B
+- another beacon of the zone that is no nearer changes nothing | enter 1 Near 2; enter 2 Near 2;
+    report 2 Near 3; report 2 Near -1 | ZoneEnter A by 1 | A
+- the zone of the nearest is not entered from outside its threshold | enter 1 Near 1; enter 3 Far 2;
+    report 1 Far 5 | ZoneEnter A by 1; ZoneExit A by 1 | none
+- thresholds are immediate, near and far | enter 6 Far 9; enter 5 Near 1; report 5 Immediate 0.3;
+    report 5 Near 10; report 6 Away 11 | ZoneEnter D by 6; ZoneExit D by 5; ZoneEnter C by 5;
+    ZoneExit C by 5; ZoneEnter D by 6; ZoneExit D by 6 | none
+- a beacon outside of its zone ends no other | enter 1 Near -1; enter 3 Far -1 |
+    ZoneEnter A by 1 | A
+- a zone that the nearest is in is not left | enter 1 Near 1; enter 2 Near 2; drift 1 Far 1;
+    report 2 Far 5 | ZoneEnter A by 1 | A
+- what is outside of the zone does not hold it | enter 1 Near -1; enter 2 Far -1; report 1 Far -1 |
+    ZoneEnter A by 1; ZoneExit A by 1 | none
+- nor does what is lost | enter 1 Near -1; enter 2 Near -1; lose 2; report 1 Far -1 |
+    ZoneEnter A by 1; ZoneExit A by 1 | none
+- nor does what is in another zone | enter 3 Near -1; enter 1 Near -1; report 1 Far -1 |
+    ZoneEnter B by 3; ZoneExit B by 1; ZoneEnter A by 1; ZoneExit A by 1 | none
 )")) {
-    TPlayed Played("A Near 1 2, B Near 3 4");
+    TPlayed Played("A Near 1 2, B Near 3 4, C Immediate 5, D Away 6");
     Played.Service.Play(Row[1]);
     EXPECT_EQ(Played.Log.TakeZones(), Row[2]) << Row[0];
     EXPECT_EQ(Played.GetCurrent(), Row[3]) << Row[0];

@@ -62,8 +62,13 @@ class TFakeDesignZone final : public TInterfacedObject, public virtual IDesignZo
 };
 
 /// A map that remembers the route it shows.
-class TFakeDesignMap final : public TInterfacedObject, public virtual IDesignMap {
+class TFakeDesignMap final : public TInterfacedObject,
+                             public virtual IDesignMap,
+                             public virtual IDesignMapUnits {
  public:
+  explicit TFakeDesignMap(TMeasureUnits AUnits = TMeasureUnits::Centimeters) : Units(AUnits) {}
+
+  const TMeasureUnits Units;
   std::string Name;
   TRectF Rect;  ///< map units
   std::vector<std::int32_t> ShownPath;
@@ -72,6 +77,7 @@ class TFakeDesignMap final : public TInterfacedObject, public virtual IDesignMap
 
   const std::string& GetName() const override { return Name; }
   TRectF GetGlobalRect() const override { return Rect; }
+  TMeasureUnits GetMeasureUnits() const override { return Units; }
   void HighLitCustomPath(std::span<const TPathNodeInfo> APoints,
                          std::span<const std::int32_t> APath) override {
     ShownPath.assign(APath.begin(), APath.end());

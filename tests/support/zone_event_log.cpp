@@ -5,6 +5,16 @@
 namespace System::Beacon::Fencing {
 namespace {
 
+std::string NameOf(const IBeacon& ABeacon) {
+  return std::to_string(ABeacon.GetMinor());
+}
+std::string NameOf(const TBeaconItem& AItem) {
+  return std::to_string(AItem.GetMinor());
+}
+std::string NameOf(TBeaconProximity AProximity) {
+  return std::string(TEnumNames<TBeaconProximity>::Names[static_cast<std::size_t>(AProximity)]);
+}
+
 std::string PlaceOf(const TBeaconZoneItem* AZone, const TBeaconItem* AItem) {
   return AZone->GetDisplayName() + "." + NameOf(*AItem);
 }
@@ -15,16 +25,6 @@ void Append(std::string& AText, const std::string& ALine) {
 }
 
 }  // namespace
-
-std::string NameOf(const IBeacon& ABeacon) {
-  return std::to_string(ABeacon.GetMinor());
-}
-std::string NameOf(const TBeaconItem& AItem) {
-  return std::to_string(AItem.GetMinor());
-}
-std::string NameOf(TBeaconProximity AProximity) {
-  return std::string(TEnumNames<TBeaconProximity>::Names[static_cast<std::size_t>(AProximity)]);
-}
 
 TZoneEventLog::TZoneEventLog(TCustomBeaconZonesFencing& AComponent) : FComponent(AComponent) {
   using TBeaconRef = const TRef<IBeacon>&;

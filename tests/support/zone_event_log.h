@@ -31,9 +31,4 @@ class TZoneEventLog final : public TObject {
   std::string FZoneText;
 };
 
-/// How the log names things.
-std::string NameOf(const IBeacon& ABeacon);
-std::string NameOf(const TBeaconItem& AItem);
-std::string NameOf(TBeaconProximity AProximity);
-
 }  // namespace System::Beacon::Fencing

@@ -64,12 +64,6 @@ void AddZones(TBeaconZones& AZones, std::string_view AText) {
   }
 }
 
-TBeaconZoneItem* FindZone(const TBeaconZones& AZones, std::string_view AName) {
-  for (int I = 0; I < AZones.GetCount(); ++I)
-    if (AZones.GetItems(I)->GetDisplayName() == AName) return AZones.GetItems(I);
-  return nullptr;
-}
-
 void TZoneScript::Play(std::string_view ASteps) {
   for (const std::string& Step : Split(ASteps, ';')) PlayStep(Step);
 }
@@ -80,8 +74,9 @@ void TZoneScript::PlayStep(std::string_view AStep) {
   int Minor = 0;
   Words >> Verb >> Minor;
   TFakeBeacon& Beacon = GetBeacon(Minor);
-  if (Verb == "exit") {
-    Leave(Beacon);
+  if (Verb == "exit") return Leave(Beacon);
+  if (Verb == "lose") {
+    Beacon.Alive = false;
     return;
   }
   Words >> Proximity >> Beacon.Distance;

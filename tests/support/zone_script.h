@@ -18,9 +18,6 @@ std::vector<std::vector<std::string>> Rows(std::string_view ATable);
 /// Adds zones and their beacons of `TestGUID` by minor: "A Near 1 2, B Immediate 3".
 void AddZones(TBeaconZones& AZones, std::string_view AText);
 
-/// The zone of that display name, or nothing.
-TBeaconZoneItem* FindZone(const TBeaconZones& AZones, std::string_view AName);
-
 /// Plays the beacon service for one component: calls what the component installs on it.
 class TZoneScript {
  public:
@@ -30,12 +27,12 @@ class TZoneScript {
   ///   enter 1 Near 2.5   a new beacon is seen
   ///   report 1 Far 6     its proximity has changed
   ///   drift 1 Far 6      the same, before the service has come to report it
+  ///   lose 1             it is not alive any more, before the service has come to report it
   ///   exit 1             it is lost
   void Play(std::string_view ASteps);
 
   /// The beacon of that minor; made when it is first asked for.
   TFakeBeacon& GetBeacon(int AMinor);
-  const TBeaconList& GetList() const { return FList; }
 
  private:
   void PlayStep(std::string_view AStep);
