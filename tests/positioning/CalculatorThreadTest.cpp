@@ -101,21 +101,18 @@ TEST_P(CalculatorThread, AClearedHandlerHasBeenLeftAndIsNotEnteredAgain) {
     Clear();
     AskMainThread();
   };
-  struct TCase {
-    const char* What;
-    std::function<void()> InHandler, Meanwhile;
-  };
-  for (const TCase& Case :
-       {TCase{"from inside", Clear, [] {}},
-        TCase{"in a hand-off", [&] { TThread::Synchronize(Clear); }, [] {}},
-        TCase{"by the main thread that it waits for", AskMainThread, ClearOutside},
-        TCase{"by another thread", AskMainThread, ClearOnAThread},
-        TCase{"from inside and again by another thread", ClearAndAsk, ClearOnAThread}}) {
-    SCOPED_TRACE(Case.What);
-    Make(Case.InHandler);
+  for (const auto& [What, InHandler, Meanwhile] :
+       {std::tuple<const char*, std::function<void()>, std::function<void()>>{
+            "from inside", Clear, [] {}},
+        {"in a hand-off", [&] { TThread::Synchronize(Clear); }, [] {}},
+        {"by the main thread that it waits for", AskMainThread, ClearOutside},
+        {"by another thread", AskMainThread, ClearOnAThread},
+        {"from inside and again by another thread", ClearAndAsk, ClearOnAThread}}) {
+    SCOPED_TRACE(What);
+    Make(InHandler);
     EXPECT_TRUE(Step(BeaconAt({2, 2})));
     ASSERT_TRUE(FEntered.WaitFor(Patience));
-    Case.Meanwhile();
+    Meanwhile();
     StepAfterwards();
     EXPECT_EQ(FEstimates, 1);
   }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -22,23 +21,13 @@ TOutline Reversed(const TOutline& AOutline) {
   return {AOutline.rbegin(), AOutline.rend()};
 }
 
-TEST(NoPoint, IsTheNegativeQuietNaN) {
-  EXPECT_EQ(std::bit_cast<std::uint32_t>(NoPoint().X), 0xFFC00000U);
-  EXPECT_EQ(std::bit_cast<std::uint32_t>(NoPoint().Y), 0xFFC00000U);
-  EXPECT_TRUE(IsNoPoint(NoPoint()));
-}
-
 TEST(LinesIntersect, TakesLinesWithinTheToleranceForParallel) {
-  struct TCase {
-    float Rise;
-    bool Meets;
-  };
-  for (const TCase& C :
-       {TCase{0, false}, TCase{5E-5F, false}, TCase{2E-4F, true}, TCase{1, true}}) {
-    const TPointF Point = LinesIntersect({0, 0}, {1, 0}, {0, 1}, {1, 1 + C.Rise});
-    EXPECT_EQ(IsNoPoint(Point), !C.Meets) << C.Rise;
-    if (C.Meets) {
-      EXPECT_FLOAT_EQ(Point.Y, 0.0F) << C.Rise;
+  for (const auto& [Rise, Meets] :
+       {std::pair<float, bool>{0, false}, {5E-5F, false}, {2E-4F, true}, {1, true}}) {
+    const TPointF Point = LinesIntersect({0, 0}, {1, 0}, {0, 1}, {1, 1 + Rise});
+    EXPECT_EQ(IsNoPoint(Point), !Meets) << Rise;
+    if (Meets) {
+      EXPECT_FLOAT_EQ(Point.Y, 0.0F) << Rise;
     }
   }
 }

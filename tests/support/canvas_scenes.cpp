@@ -147,6 +147,19 @@ void DrawFar(ICanvas& ACanvas) {
   ACanvas.FillRect({5, 5, 6, 6});
 }
 
+// Matrices that are singular or not finite.
+void DrawNowhere(ICanvas& ACanvas) {
+  for (const TMatrix& Matrix : {TMatrix::Scaling(1, 0),
+                                TMatrix::Scaling(NotANumber, 1),
+                                TMatrix::Translation(Infinite, 0)}) {
+    ACanvas.SetMatrix(Matrix);
+    ACanvas.DrawRectangle({0, 0, 50, 50});
+    ACanvas.DrawEllipse({0, 0, 50, 50});
+    ACanvas.DrawLine({0, 0}, {50, 50});
+    ACanvas.DrawText("text", {0, 0});
+  }
+}
+
 }  // namespace
 
 const TCanvasScene CanvasScenes[6] = {{"shapes", &DrawShapes},
@@ -156,68 +169,41 @@ const TCanvasScene CanvasScenes[6] = {{"shapes", &DrawShapes},
                                       {"texts", &DrawTexts},
                                       {"far", &DrawFar}};
 
-const TCanvasScene EmptyCanvasScenes[11] = {
-    {"a singular matrix",
-     [](ICanvas& ACanvas) {
-       ACanvas.SetMatrix(TMatrix::Scaling(1, 0));
-       ACanvas.DrawRectangle({0, 0, 50, 50});
-       ACanvas.DrawText("text", {0, 0});
-     }},
-    {"a matrix without numbers",
-     [](ICanvas& ACanvas) {
-       ACanvas.SetMatrix(TMatrix::Scaling(NotANumber, 1));
-       ACanvas.DrawEllipse({0, 0, 50, 50});
-       ACanvas.DrawText("text", {0, 0});
-     }},
-    {"an infinite matrix",
-     [](ICanvas& ACanvas) {
-       ACanvas.SetMatrix(TMatrix::Translation(Infinite, 0));
-       ACanvas.DrawLine({0, 0}, {50, 50});
-     }},
-    {"a point without a number",
+const TCanvasScene EmptyCanvasScenes[5] = {
+    {"matrices that map nothing anywhere", &DrawNowhere},
+    {"points without numbers",
      [](ICanvas& ACanvas) {
        ACanvas.BeginPath(true, true);
        for (const TPointF Point : {TPointF{5, 5}, {NotANumber, 50}, {50, 50}})
          ACanvas.LineTo(Point);
        ACanvas.EndPath();
-     }},
-    {"a text nowhere",
-     [](ICanvas& ACanvas) {
        ACanvas.DrawText("text", {NotANumber, 1});
      }},
-    {"widths that are none",
+    {"widths and opacities that are none",
      [](ICanvas& ACanvas) {
        for (const float Width : {0.0F, -1.0F, NotANumber}) {
          ACanvas.SetStrokeWidth(Width, true);
          ACanvas.DrawLine({0, 0}, {50, 50});
        }
-     }},
-    {"opacities that are none",
-     [](ICanvas& ACanvas) {
+       ACanvas.SetStrokeWidth(1, true);
        ACanvas.SetFillColor(Black, NotANumber);
        ACanvas.SetStrokeColor(Black, -1);
        ACanvas.DrawRectangle({0, 0, 50, 50});
      }},
-    {"a bitmap that was not loaded",
+    {"a bitmap that was not loaded, and one on a line",
      [](ICanvas& ACanvas) {
        ACanvas.SetFillBitmap(ACanvas.CreateBitmap("", ""), 1);
        ACanvas.FillRect({0, 0, 50, 50});
-     }},
-    {"a bitmap on a line",
-     [](ICanvas& ACanvas) {
        ACanvas.SetFillBitmap(ACanvas.CreateBitmap(SourceFile("tests/pictures/plan.png"), ""), 1);
        ACanvas.FillRect({0, 10, 50, 10});
      }},
-    {"letters as large as a house",
-     [](ICanvas& ACanvas) {
-       ACanvas.SetMatrix(TMatrix::Scaling(1E6F, 1E6F));
-       ACanvas.DrawText("text", {0, 0});
-     }},
-    {"nothing", [](ICanvas& ACanvas) {
+    {"nothing, and letters as large as a house", [](ICanvas& ACanvas) {
        ACanvas.DrawPolygon(ACanvas.CreatePolygon().Get());
        ACanvas.BeginPath(true, true);
        ACanvas.EndPath();
        ACanvas.DrawText("", {0, 0});
+       ACanvas.SetMatrix(TMatrix::Scaling(1E6F, 1E6F));
+       ACanvas.DrawText("text", {0, 0});
      }}};
 
 }  // namespace System::Beacon::Fencing::Canvas

@@ -13,6 +13,6 @@ struct TCanvasScene {
 extern const TCanvasScene CanvasScenes[6];
 
 /// What leaves no trace, and does no harm to what is drawn after it.
-extern const TCanvasScene EmptyCanvasScenes[11];
+extern const TCanvasScene EmptyCanvasScenes[5];
 
 }  // namespace System::Beacon::Fencing::Canvas

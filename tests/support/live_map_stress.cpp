@@ -162,60 +162,38 @@ void TLiveMapStress::Act(bool AInHandler) {
 
 void TLiveMapStress::ActOnDisplay() {
   const bool HasMaps = !FComponent->GetProjectInformation().Maps.IsEmpty();
-  switch (Below(7)) {
-    case 0:
-      if (HasMaps) FComponent->SetMapIndex(Below(2));
-      break;
-    case 1:
-      if (HasMaps) FComponent->SetRotation(Below(361) - 180);
-      break;
-    case 2:
-      FComponent->SetMapOptions(
-          TFencingMapOptions::FromBits(static_cast<std::uint8_t>(Below(256))));
-      break;
-    case 3:
-      FComponent->SetPaintControl(Below(3) == 0 ? nullptr : &FControl);
-      break;
-    case 4:
-      FComponent->ShowPathToNodeIndex(Below(6));
-      break;
-    case 5:
-      FComponent->ClearRoute();
-      break;
-    default:
-      FControl.Repaint();
-  }
+  const auto Bits = static_cast<std::uint8_t>(Below(256));
+  const std::function<void()> Ways[] = {
+      [&] { FComponent->SetMapOptions(TFencingMapOptions::FromBits(Bits)); },
+      [&] { FComponent->SetPaintControl(Below(3) == 0 ? nullptr : &FControl); },
+      [&] { FComponent->ShowPathToNodeIndex(Below(6)); },
+      [&] { FComponent->ClearRoute(); },
+      [&] { FControl.Repaint(); },
+      [&] { FComponent->SetMapIndex(Below(2)); },
+      [&] { FComponent->SetRotation(Below(361) - 180); }};
+  Ways[Below(HasMaps ? 7 : 5)]();
 }
 
 void TLiveMapStress::ActOnOptions() {
   TFencingOptions& Display = *FComponent->GetFencingOptions();
-  switch (Below(5)) {
-    case 0:
-      Display.SetRawPositionRadius(0.2F + static_cast<float>(Below(10)));
-      break;
-    case 1:
-      Display.SetZoneHighlightMetod(static_cast<TZoneHighlightMetod>(Below(2)));
-      break;
-    case 2:
-      FComponent->GetParticleFilterOptions()->SetParticlesNumber(20 + Below(40));
-      break;
-    case 3:
-      FComponent->ManualCalibration({static_cast<float>(Below(10)), 5});
-      break;
-    default:
-      FComponent->SetOnCalcPosition(Below(2) == 0 ? TCalcPositionEvent()
-                                                  : TCalcPositionEvent([](TObject*,
-                                                                          auto&&,
-                                                                          auto&&,
-                                                                          auto&&,
-                                                                          auto&&,
-                                                                          bool& AManaged,
-                                                                          TPointF& APoint,
-                                                                          TPointF& AOnPath) {
-                                                      AManaged = true;
-                                                      AOnPath = APoint = {500, 500};
-                                                    }));
-  }
+  TParticleFilterOptions& Filter = *FComponent->GetParticleFilterOptions();
+  const auto Calculate =
+      [](TObject*, auto&&, auto&&, auto&&, auto&&, bool& AManaged, TPointF& A, TPointF& AOnPath) {
+        AManaged = true;
+        AOnPath = A = {500, 500};
+      };
+  const std::function<void()> Ways[] = {
+      [&] { Display.SetRawPositionRadius(0.2F + static_cast<float>(Below(10))); },
+      [&] { Display.SetZoneHighlightMetod(static_cast<TZoneHighlightMetod>(Below(2))); },
+      [&] { Filter.SetParticlesNumber(20 + Below(40)); },
+      [&] { Filter.SetAutomaticCalibration(Below(4) != 0); },
+      [&] { Filter.SetMotionThreshold(Below(20)); },
+      [&] {
+        FComponent->ManualCalibration({static_cast<float>(Below(10)), 5});
+      },
+      [&] { FComponent->SetOnCalcPosition({}); },
+      [&] { FComponent->SetOnCalcPosition(Calculate); }};
+  Ways[Below(8)]();
 }
 
 void TLiveMapStress::Load(int AProject) {
