@@ -23,14 +23,10 @@ TEST(Base64, BytesOfEveryLengthComeBackFromLinesOf76Digits) {
 }
 
 TEST(Base64, ATextThatStandsForNoBytesIsRefused) {
-  struct TCase {
-    const char* Text;
-    const char* Result;
-  };
   const char* const Short =
       "the Base64 text is cut short: digits and padding come in groups of four";
-  for (const TCase& Case : {
-           TCase{" Zm\t9v\r\nYg ==\n", "foob"},
+  for (const auto& [Text, Result] : {
+           std::pair<const char*, const char*>{" Zm\t9v\r\nYg ==\n", "foob"},
            {"Zm9vY", Short},
            {"Zg=", Short},
            {"Zg", Short},
@@ -43,8 +39,9 @@ TEST(Base64, ATextThatStandsForNoBytesIsRefused) {
            {"Zh==", "the Base64 text has '=' at character 4, where it cannot stand"},
        }) {
     std::string Bytes;
-    const std::string Message = Raised<EConvertError>([&] { Bytes = DecodeBase64(Case.Text); });
-    EXPECT_EQ(Bytes.empty() ? Message : Bytes, Case.Result) << Case.Text;
+    const std::string Message =
+        Raised<EConvertError>([&, &Text = Text] { Bytes = DecodeBase64(Text); });
+    EXPECT_EQ(Bytes.empty() ? Message : Bytes, Result) << Text;
   }
 }
 

@@ -18,20 +18,17 @@ std::string TextOf(const TRectF& R) {
 
 TEST(Damage, IsAFewRectanglesThatHoldAll) {
   constexpr float Infinite = std::numeric_limits<float>::infinity();
-  struct TCase {
-    std::vector<TRectF> Added;
-    const char* Rects;
-  };
-  for (const TCase& C : {TCase{{{0, 0, 2, 2}, {9, 9, 9, 10}}, "0,0,2,2; "},
-                         TCase{{{0, 0, 2, 2}, {1, 0, 3, 2}}, "0,0,3,2; "},
-                         TCase{{{0, 0, 2, 2}, {50, 50, 52, 52}}, "0,0,2,2; 50,50,52,52; "},
-                         TCase{{{0, 0, 2, 2}, {4, 0, 6, 2}, {2, 0, 4, 2}}, "0,0,6,2; "},
-                         TCase{{{0, 0, Infinite, 2}}, ""}}) {
+  for (const auto& [Added, Rects] :
+       {std::pair<std::vector<TRectF>, const char*>{{{0, 0, 2, 2}, {9, 9, 9, 10}}, "0,0,2,2; "},
+        {{{0, 0, 2, 2}, {1, 0, 3, 2}}, "0,0,3,2; "},
+        {{{0, 0, 2, 2}, {50, 50, 52, 52}}, "0,0,2,2; 50,50,52,52; "},
+        {{{0, 0, 2, 2}, {4, 0, 6, 2}, {2, 0, 4, 2}}, "0,0,6,2; "},
+        {{{0, 0, Infinite, 2}}, ""}}) {
     TDamage Damage;
-    for (const TRectF& Rect : C.Added) Damage.Add(Rect);
+    for (const TRectF& Rect : Added) Damage.Add(Rect);
     std::string Text;
     for (const TRectF& Rect : Damage.GetRects()) Text += TextOf(Rect);
-    EXPECT_EQ(Text, C.Rects);
+    EXPECT_EQ(Text, Rects);
   }
   TDamage Many;
   for (int I = 0; I < 100; ++I) {

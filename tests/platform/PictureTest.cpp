@@ -13,45 +13,35 @@ std::string Corpus(const std::string& AName) {
 }
 
 TEST(Picture, ReadsEveryKind) {
-  struct TCase {
-    const char* Name;
-    int MeanDifference;
-  };
   const TRef<TPicture> Expected = DecodePicture(Corpus("rgb.png"), "rgb.png");
   ASSERT_EQ(Expected->GetSize(), (TPictureSize{24, 16}));
   EXPECT_EQ(Expected->GetPixels()[5 * 24 + 5], 0xFFD02020U);
-  for (const TCase& Case : {TCase{"palette.png", 12},
-                            TCase{"deep.png", 1},
-                            TCase{"interlaced.png", 0},
-                            TCase{"baseline.jpg", 6},
-                            TCase{"progressive.jpg", 6},
-                            TCase{"lossy.webp", 12},
-                            TCase{"lossless.webp", 0}}) {
-    const std::string Bytes = Corpus(Case.Name);
-    EXPECT_EQ(ReadPictureSize(Bytes, Case.Name), Expected->GetSize()) << Case.Name;
-    const TRef<TPicture> Picture = DecodePicture(Bytes, Case.Name);
-    ASSERT_EQ(Picture->GetSize(), Expected->GetSize()) << Case.Name;
+  for (const auto& [Name, MeanDifference] : {std::pair<const char*, int>{"palette.png", 12},
+                                             {"deep.png", 1},
+                                             {"interlaced.png", 0},
+                                             {"baseline.jpg", 6},
+                                             {"progressive.jpg", 6},
+                                             {"lossy.webp", 12},
+                                             {"lossless.webp", 0}}) {
+    const std::string Bytes = Corpus(Name);
+    EXPECT_EQ(ReadPictureSize(Bytes, Name), Expected->GetSize()) << Name;
+    const TRef<TPicture> Picture = DecodePicture(Bytes, Name);
+    ASSERT_EQ(Picture->GetSize(), Expected->GetSize()) << Name;
     int Sum = 0;
     for (std::size_t I = 0; I < Expected->GetPixels().size(); ++I)
       Sum += Difference(Picture->GetPixels()[I], Expected->GetPixels()[I]);
-    EXPECT_LE(Sum, Case.MeanDifference * 24 * 16) << Case.Name;
+    EXPECT_LE(Sum, MeanDifference * 24 * 16) << Name;
   }
 }
 
 TEST(Picture, MultipliesWithAlphaAndSpreadsGray) {
-  struct TCase {
-    const char* Name;
-    std::uint32_t Inside;
-    int Tolerance;
-  };
-  for (const TCase& Case : {TCase{"alpha.png", 0x80681010, 1},
-                            TCase{"alpha.webp", 0x80681010, 8},
-                            TCase{"gray.png", 0xFF464646, 1},
-                            TCase{"gray.jpg", 0xFF464646, 8}}) {
-    const std::uint32_t Pixel =
-        DecodePicture(Corpus(Case.Name), Case.Name)->GetPixels()[8 * 24 + 8];
-    EXPECT_LE(Difference(Pixel, Case.Inside), Case.Tolerance)
-        << Case.Name << " " << std::hex << Pixel;
+  for (const auto& [Name, Inside, Tolerance] :
+       {std::tuple<const char*, std::uint32_t, int>{"alpha.png", 0x80681010, 1},
+        {"alpha.webp", 0x80681010, 8},
+        {"gray.png", 0xFF464646, 1},
+        {"gray.jpg", 0xFF464646, 8}}) {
+    const std::uint32_t Pixel = DecodePicture(Corpus(Name), Name)->GetPixels()[8 * 24 + 8];
+    EXPECT_LE(Difference(Pixel, Inside), Tolerance) << Name << " " << std::hex << Pixel;
   }
 }
 
@@ -64,10 +54,7 @@ TEST(Picture, RefusesWhatItCannotReadAndSaysWhy) {
   Huge.replace(16, 8, std::string("\0\0\xFF\xFF\0\0\0\1", 8));
   std::string Flipped = Corpus("rgb.png");
   Flipped[Flipped.size() - 20] ^= 1;
-  const struct TCase {
-    std::string Bytes;
-    const char* Message;
-  } Cases[] = {
+  const std::pair<std::string, const char*> Cases[] = {
       {"", "f: this is no PNG, JPEG or WebP picture"},
       {"GIF89a", "f: this is no PNG, JPEG or WebP picture"},
       {Half("rgb.png"), "f: the PNG picture is damaged or cut short: "},
@@ -81,9 +68,10 @@ TEST(Picture, RefusesWhatItCannotReadAndSaysWhy) {
       {Half("lossy.webp"), "f: the WebP picture is damaged or cut short: it ends too early"},
       {Half("lossless.webp"), "f: the WebP picture is damaged or cut short: it ends too early"},
       {Corpus("animation.webp"), "f: the picture is an animation; save a single picture"}};
-  for (const TCase& Case : Cases) {
-    const std::string Message = Raised<EFileError>([&] { DecodePicture(Case.Bytes, "f"); });
-    EXPECT_EQ(Message.substr(0, std::string(Case.Message).size()), Case.Message) << Message;
+  for (const auto& [Bytes, Wanted] : Cases) {
+    const std::string Message =
+        Raised<EFileError>([&, &Bytes = Bytes] { DecodePicture(Bytes, "f"); });
+    EXPECT_EQ(Message.substr(0, std::string(Wanted).size()), Wanted) << Message;
   }
 }
 

@@ -1,4 +1,4 @@
-// GUIDs, colours, counted references, handlers, shared arrays, files.
+// GUIDs, colours, handlers, shared arrays, files.
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
@@ -13,7 +13,6 @@
 #include "platform/files.h"
 #include "platform/guid.h"
 #include "platform/method.h"
-#include "platform/ref.h"
 #include "support/raised.h"
 
 namespace System {
@@ -44,40 +43,6 @@ TEST(TAlphaColor, TheTextFormHasEightDigits) {
   for (const char* Refused : {"", "#", "80FF0A1B", "#80FF0A1", "#80FF0A1B0", "#80FF0A1G"})
     EXPECT_FALSE(TryStringToColor(Refused, Color)) << Refused;
   EXPECT_EQ(Color.Value, 0x80FF0A1BU);
-}
-
-class TTold : public TInterfacedObject {
- public:
-  explicit TTold(std::string& ALog) : FLog(ALog) {}
-  ~TTold() override { FLog += "deleted "; }
-  void AfterConstruction() override { FLog += Name() + " made "; }
-  void BeforeDestruction() noexcept override {
-    const TRef<TTold> Borrowed(this);
-    FLog += Borrowed->Name() + " leaves ";
-  }
-  virtual std::string Name() const { return "base"; }
-
- protected:
-  std::string& FLog;
-};
-
-class TDerived final : public TTold {
- public:
-  using TTold::TTold;
-  std::string Name() const override { return "derived"; }
-};
-
-TEST(TRef, TheLastReleaseTellsTheWholeObjectAndThenDeletesItOnce) {
-  std::string Log;
-  TRef<TTold> First = New<TDerived>(Log);
-  TRef<TTold> Second = First;
-  First = nullptr;
-  EXPECT_EQ(Log, "derived made ");
-  Second = TRef<TTold>(Second.Get());
-  const TRef<TTold> Third = std::move(Second);
-  EXPECT_FALSE(Second);  // NOLINT(bugprone-use-after-move)
-  const_cast<TRef<TTold>&>(Third) = nullptr;
-  EXPECT_EQ(Log, "derived made derived leaves deleted ");
 }
 
 class TReceiver : public TObject {

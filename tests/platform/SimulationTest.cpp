@@ -116,11 +116,7 @@ TEST_F(TSimulationDeathTest, ADeadlockIsReportedWithWhatEachThreadWaitsFor) {
 }
 
 TEST_F(TSimulationDeathTest, MisuseEndsTheProcessWithALineThatSaysWhatWasWrong) {
-  struct TCase {
-    const char* Message;
-    void (*Misuse)();
-  };
-  const std::vector<TCase> Cases{
+  const std::pair<const char*, void (*)()> Cases[] = {
       {"the simulation ended while threads were left\n.*'sleeper' waits for its sleep to end",
        [] {
          std::unique_ptr<TNamedThread> Sleeper;
@@ -137,7 +133,7 @@ TEST_F(TSimulationDeathTest, MisuseEndsTheProcessWithALineThatSaysWhatWasWrong) 
          std::thread([] { Sleep(1); }).join();
        }},
   };
-  for (const TCase& C : Cases) EXPECT_DEATH(C.Misuse(), C.Message) << C.Message;
+  for (const auto& [Message, Misuse] : Cases) EXPECT_DEATH(Misuse(), Message) << Message;
 }
 
 TEST(Random, StreamsAreRepeatableUniformAndIndependent) {

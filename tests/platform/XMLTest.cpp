@@ -44,12 +44,9 @@ std::string Times(std::size_t ACount, std::string_view AText) {
 }
 
 TEST(XML, TextsBecomeTrees) {
-  struct TCase {
-    const char* Text;
-    const char* Outline;  // of what is in the document
-  };
-  for (const TCase& Case : {
-           TCase{"<a/>", "a"},
+  // The outlines are those of what is in the document.
+  for (const auto& [Text, Outline] : {
+           std::pair<const char*, const char*>{"<a/>", "a"},
            {"\xEF\xBB\xBF<a></a>", "a"},
            {"<?xml version='1.0' encoding='utf-8'?>\n<!-- c --><!DOCTYPE a SYSTEM \"a.dtd\">\n"
             "<?p q r?><a/><!-- c --><?s?>",
@@ -64,19 +61,15 @@ TEST(XML, TextsBecomeTrees) {
            {"<\xC3\xA9t\xC3\xA9 n:\xE5\x90\x8D-.1='\xF0\x9F\x98\x80'/>",
             "\xC3\xA9t\xC3\xA9(n:\xE5\x90\x8D-.1=\xF0\x9F\x98\x80)"},
        })
-    EXPECT_EQ(OutlineOf(Case.Text), std::string("#document[") + Case.Outline + "]") << Case.Text;
+    EXPECT_EQ(OutlineOf(Text), std::string("#document[") + Outline + "]") << Text;
 }
 
 TEST(XML, WhatIsNotWellFormedIsRefusedWhereItStands) {
-  struct TCase {
-    std::string Text;
-    const char* Refusal;
-  };
   const std::string Declaration =
       "a declaration stands at the very start: <?xml version=\"1.0\" encoding=\"UTF-8\"?>";
-  for (const TCase& Case : {
+  for (const auto& [Text, Refusal] : {
            // The whole
-           TCase{"", "1:1: there is no root element"},
+           std::pair<std::string, const char*>{"", "1:1: there is no root element"},
            {"<!-- -->\n", "2:1: there is no root element"},
            {"\n x<a/>", "2:2: text outside of the root element"},
            {"<a/>&#32;", "1:5: text outside of the root element"},
@@ -144,8 +137,7 @@ TEST(XML, WhatIsNotWellFormedIsRefusedWhereItStands) {
            {"<!DOCTYPE a><!DOCTYPE a><a/>",
             "1:13: a document type stands once, before the root element"},
        })
-    EXPECT_EQ(RefusalOf(Case.Text), fmt::format(fmt::runtime(Case.Refusal), Declaration))
-        << Case.Text;
+    EXPECT_EQ(RefusalOf(Text), fmt::format(fmt::runtime(Refusal), Declaration)) << Text;
 }
 
 TEST(XML, SizeNodesDepthAndNamesInMessagesAreBounded) {
@@ -198,12 +190,8 @@ TEST(XML, NodesKnowTheirPlaceAndKeepTheirDocument) {
 }
 
 TEST(XML, IndentingPutsOneElementOnALineAndKeepsTexts) {
-  struct TCase {
-    const char* Text;
-    const char* Indented;
-  };
-  for (const TCase& Case : {
-           TCase{"<a/>", "<a/>\n"},
+  for (const auto& [Text, Indented] : {
+           std::pair<const char*, const char*>{"<a/>", "<a/>\n"},
            {"\xEF\xBB\xBF<?xml version = '1.0'?><!DOCTYPE a><a></a><!-- c -->",
             "<?xml version = '1.0'?>\n<!DOCTYPE a>\n<a></a>\n<!-- c -->\n"},
            {"<a><b c = \"1\"><d>&lt; x</d><d></d></b>\n\n<b/> <?p q?></a>",
@@ -214,9 +202,9 @@ TEST(XML, IndentingPutsOneElementOnALineAndKeepsTexts) {
            {"<a><b> </b><c><![CDATA[]]><d/></c><e><!-- c --></e></a>",
             "<a>\n  <b> </b>\n  <c><![CDATA[]]><d/></c>\n  <e>\n    <!-- c -->\n  </e>\n</a>\n"},
        }) {
-    EXPECT_EQ(IndentXML(Case.Text), Case.Indented);
-    EXPECT_EQ(IndentXML(Case.Indented), Case.Indented);
-    EXPECT_EQ(OutlineOf(Case.Indented), OutlineOf(Case.Text));
+    EXPECT_EQ(IndentXML(Text), Indented);
+    EXPECT_EQ(IndentXML(Indented), Indented);
+    EXPECT_EQ(OutlineOf(Indented), OutlineOf(Text));
   }
   EXPECT_EQ(Raised<EXMLError>([] { IndentXML("<a><b></a>"); }),
             "1:7: </a> stands where <b> of line 1 has to end");

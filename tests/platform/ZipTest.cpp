@@ -69,10 +69,7 @@ TEST(Zip, AHostileArchiveIsRefusedWithItsReason) {
   Zip64.insert(Zip64.find("PK\5\6"), "PK\6\7" + std::string(16, '\1'));
   const char* const Name =
       "the entry's name is absolute, leads upwards or is no plain text; rename it";
-  const struct TCase {
-    std::string Bytes;
-    std::string Message;
-  } Cases[] = {
+  const std::pair<std::string, std::string> Cases[] = {
       {"", "z: the file is empty"},
       {"PK", "z: the archive cannot be read: "},
       {Good.substr(0, Good.size() - 5), "z: the archive cannot be read: "},
@@ -93,10 +90,10 @@ TEST(Zip, AHostileArchiveIsRefusedWithItsReason) {
       {WithField(Good, 25, 23, 4), "z: entry: the entry does not have the "},   // shorter than told
       {WithField(Good, 10, 8, 42), "z: entry: the archive cannot be read: "},   // method
   };
-  for (const TCase& Case : Cases) {
+  for (const auto& [Bytes, Wanted] : Cases) {
     const std::string Message =
-        Raised<EFileError>([&] { TZipReader(Case.Bytes, "z", 2000).Read("entry"); });
-    EXPECT_EQ(Message.substr(0, Case.Message.size()), Case.Message) << Message;
+        Raised<EFileError>([&, &Bytes = Bytes] { TZipReader(Bytes, "z", 2000).Read("entry"); });
+    EXPECT_EQ(Message.substr(0, Wanted.size()), Wanted) << Message;
   }
   EXPECT_EQ(Raised<EFileError>([] { Packed({{"../up", ""}}); }), std::string("../up: ") + Name);
 }

@@ -7,7 +7,6 @@
 #include "platform/beacons/replay_source.h"
 #include "platform/errors.h"
 #include "platform/hex.h"
-#include "platform/random.h"
 #include "platform/simulation.h"
 #include "support/fake_beacon.h"
 #include "support/raised.h"
@@ -229,40 +228,6 @@ TEST(TBeaconManager, TakesItsSourceFromTheClassVariable) {
   };
   TBeaconManager::GetBeaconManager(TBeaconScanMode::Standard)->StartScan();
   TBeaconManager::FSourceFactory = Default;
-}
-
-/// A main thread that does whatever it likes while beacons come and go, in many interleavings.
-TEST(TBeaconManager, ReportsOnlyWhileItScans) {
-  int AllReports = 0;
-  for (std::uint64_t Seed = 1; Seed <= 100; ++Seed) {
-    const TSimulation Simulation({.Seed = Seed});
-    TRandomStream Random(Seed);
-    TRandomStream OnThread(~Seed);
-    TBeaconManager Manager(TBeaconScanMode::Standard);
-    const auto Source = New<TScriptedSource>([&OnThread](TSourceStep& AStep) {
-      AStep = Step(OnThread.NextBelow(300) * Ms, static_cast<int>(OnThread.NextBelow(5)));
-      return true;
-    });
-    bool MayReport = false;
-    int Reports = 0;
-    Manager.SetOnSighting([&](TObject*, const TRef<IBeacon>&) {
-      EXPECT_TRUE(MayReport) << "seed " << Seed;
-      TThread::Synchronize([&] { ++Reports; });
-    });
-    Manager.SetSource(Source);
-    Manager.SetKindofBeacons({TKindofBeacon::iBeacon});
-    for (int I = 0; I < 50; ++I) {
-      const std::uint32_t What = Random.NextBelow(5);
-      if (What == 0) MayReport = true, Manager.StartScan();
-      if (What == 1) Manager.StopScan(), MayReport = false;
-      if (What == 2) Manager.RegisterBeacons(RegionOfTests());
-      if (What == 3) Manager.UnRegisterBeacons(RegionOfTests());
-      if (What == 4) Sleep(Random.NextBelow(2'000));
-    }
-    Manager.StopScan();
-    AllReports += Reports;
-  }
-  EXPECT_GT(AllReports, 1'000);
 }
 
 }  // namespace

@@ -147,24 +147,22 @@ class Tracker : public testing::Test, private ITrackerListener {
 // ---------------------------------------------------------------- presence
 
 TEST_F(Tracker, BeaconsEnterChangeGoStaleAndAreLostAtExactTimes) {
-  struct TCase {
-    const char *Script, *Reports;
-  };
-  for (const TCase& C :
-       {TCase{"500 1, 1000 1 -69, 1100 1 -70, 1500 1 -68, 60000",
-              "500: enter 1 Near 1; 1000: proximity 1 Far; 1500: proximity 1 Near; "
-              "6500: proximity 1 Away; 21500: exit 1 Away; "},
-        TCase{"0 1, 5000 2, 6000 1, 25999",
-              "0: enter 1 Near 1; 5000: proximity 1 Away; 5000: enter 2 Near 1 2; "
-              "6000: proximity 1 Near; 10000: proximity 2 Away; 11000: proximity 1 Away; "
-              "25000: exit 2 Away 1; "},
-        TCase{"0 3, 1000 1, 2000 2, 3000 3, 22000",
-              "0: enter 3 Near 3; 1000: enter 1 Near 3 1; 2000: enter 2 Near 3 1 2; "
-              "6000: proximity 1 Away; 7000: proximity 2 Away; 8000: proximity 3 Away; "
-              "21000: exit 1 Away 3 2; 22000: exit 2 Away 3; "}}) {
+  for (const auto& [Script, Reports] :
+       {std::pair<const char*, const char*>{
+            "500 1, 1000 1 -69, 1100 1 -70, 1500 1 -68, 60000",
+            "500: enter 1 Near 1; 1000: proximity 1 Far; 1500: proximity 1 Near; "
+            "6500: proximity 1 Away; 21500: exit 1 Away; "},
+        {"0 1, 5000 2, 6000 1, 25999",
+         "0: enter 1 Near 1; 5000: proximity 1 Away; 5000: enter 2 Near 1 2; "
+         "6000: proximity 1 Near; 10000: proximity 2 Away; 11000: proximity 1 Away; "
+         "25000: exit 2 Away 1; "},
+        {"0 3, 1000 1, 2000 2, 3000 3, 22000",
+         "0: enter 3 Near 3; 1000: enter 1 Near 3 1; 2000: enter 2 Near 3 1 2; "
+         "6000: proximity 1 Away; 7000: proximity 2 Away; 8000: proximity 3 Away; "
+         "21000: exit 1 Away 3 2; 22000: exit 2 Away 3; "}}) {
     PassUntil(0);
-    Play(C.Script);
-    EXPECT_EQ(Take(), C.Reports);
+    Play(Script);
+    EXPECT_EQ(Take(), Reports);
     FTracker.Clear();
   }
 }

@@ -23,30 +23,26 @@ class TBluezHealing : public TBluezTest {
 };
 
 TEST_F(TBluezHealing, SaysWhyItCannotOpenAndWhatToDo) {
-  struct TCase {
-    TFakeSettings Settings;
-    std::string Adapter;
-    std::string Error;
-  };
   const auto Refuse = [](const char* AMethod, const char* AName) {
     return TFakeSettings{.Refused = {{AMethod, AName}}};
   };
   const char* Denied = "org.freedesktop.DBus.Error.AccessDenied";
-  for (const TCase& C :
-       {TCase{{.Adapters = {}}, "", "There is no Bluetooth adapter. Plug one in"},
-        TCase{{.Adapters = {"hci10", "hci2"}}, "hci7", "adapter hci7. Use one of: hci2, hci10"},
-        TCase{{.IsPowered = false}, "", "hci0 is off. Switch it on with 'bluetoothctl power on'"},
-        TCase{Refuse("StartDiscovery", "org.bluez.Error.NotReady"), "", "hci0 is off"},
-        TCase{Refuse("GetManagedObjects", Denied), "", "because. Add the user to the group"},
-        TCase{Refuse("StartDiscovery", Denied), "", "because. Add the user to the group"},
-        TCase{Refuse("SetDiscoveryFilter", "org.bluez.Error.Failed"),
-              "",
-              "refused SetDiscoveryFilter with org.bluez.Error.Failed: because"},
-        TCase{Refuse("StartDiscovery", "org.bluez.Error.InProgress"), "", "hci0 is busy"},
-        TCase{{.IsSilent = true}, "", "daemon does not answer"}}) {
-    StartDaemon(C.Settings);
-    const std::string Error = OpeningError(C.Adapter);
-    EXPECT_NE(Error.find(C.Error), std::string::npos) << Error;
+  for (const auto& [Settings, Adapter, Expected] :
+       {std::tuple<TFakeSettings, std::string, std::string>{
+            {.Adapters = {}}, "", "There is no Bluetooth adapter. Plug one in"},
+        {{.Adapters = {"hci10", "hci2"}}, "hci7", "adapter hci7. Use one of: hci2, hci10"},
+        {{.IsPowered = false}, "", "hci0 is off. Switch it on with 'bluetoothctl power on'"},
+        {Refuse("StartDiscovery", "org.bluez.Error.NotReady"), "", "hci0 is off"},
+        {Refuse("GetManagedObjects", Denied), "", "because. Add the user to the group"},
+        {Refuse("StartDiscovery", Denied), "", "because. Add the user to the group"},
+        {Refuse("SetDiscoveryFilter", "org.bluez.Error.Failed"),
+         "",
+         "refused SetDiscoveryFilter with org.bluez.Error.Failed: because"},
+        {Refuse("StartDiscovery", "org.bluez.Error.InProgress"), "", "hci0 is busy"},
+        {{.IsSilent = true}, "", "daemon does not answer"}}) {
+    StartDaemon(Settings);
+    const std::string Error = OpeningError(Adapter);
+    EXPECT_NE(Error.find(Expected), std::string::npos) << Error;
     StopDaemon();
   }
 }

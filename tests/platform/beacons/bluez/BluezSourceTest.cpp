@@ -14,38 +14,31 @@ const std::string Url = "10EE036578616D706C6507";
 const std::string Tlm = "20000BB817000000006400000258";
 
 TEST_F(TBluezTest, RebuildsTheFramesOfWhatTheDaemonTells) {
-  struct TCase {
-    TFakeSettings Settings;
-    std::vector<TFakeAdvertisement> Received;
-    std::vector<std::string> Delivered;
-  };
-  for (const TCase& C :
-       {TCase{{},
-              {Manufacturer(-61, 0x0118, AltBeacon), Eddystone(-62, Uid), Eddystone(-64, Tlm)},
-              {"-61 1BFF1801" + AltBeacon, "-62 1716AAFE" + Uid, "-64 1116AAFE" + Tlm}},
+  for (const auto& [Settings, Received, Delivered] :
+       {std::tuple<TFakeSettings, std::vector<TFakeAdvertisement>, std::vector<std::string>>{
+            {},
+            {Manufacturer(-61, 0x0118, AltBeacon), Eddystone(-62, Uid), Eddystone(-64, Tlm)},
+            {"-61 1BFF1801" + AltBeacon, "-62 1716AAFE" + Uid, "-64 1116AAFE" + Tlm}},
         // A strength alone repeats the last frame, a payload alone the last strength.
-        TCase{{.IgnoresDuplicates = true},
-              {Eddystone(-60, Uid), Eddystone(-62, Uid), Eddystone(-64, Tlm), Eddystone(-66, Tlm)},
-              {"-60 1716AAFE" + Uid,
-               "-62 1716AAFE" + Uid,
-               "-64 1116AAFE" + Tlm,
-               "-66 1116AAFE" + Tlm}},
-        TCase{{},
-              {Manufacturer(-60, 0x004C, IBeacon), Eddystone({}, Url)},
-              {"-60 1AFF4C00" + IBeacon, "-60 0E16AAFE" + Url}},
+        {{.IgnoresDuplicates = true},
+         {Eddystone(-60, Uid), Eddystone(-62, Uid), Eddystone(-64, Tlm), Eddystone(-66, Tlm)},
+         {"-60 1716AAFE" + Uid, "-62 1716AAFE" + Uid, "-64 1116AAFE" + Tlm, "-66 1116AAFE" + Tlm}},
+        {{},
+         {Manufacturer(-60, 0x004C, IBeacon), Eddystone({}, Url)},
+         {"-60 1AFF4C00" + IBeacon, "-60 0E16AAFE" + Url}},
         // An unbelievable strength is unknown.
-        TCase{{},
-              {Manufacturer(-128, 0x004C, IBeacon),
-               Manufacturer(21, 0x004C, IBeacon),
-               Manufacturer(32767, 0x004C, IBeacon)},
-              std::vector(3, "127 1AFF4C00" + IBeacon)},
+        {{},
+         {Manufacturer(-128, 0x004C, IBeacon),
+          Manufacturer(21, 0x004C, IBeacon),
+          Manufacturer(32767, 0x004C, IBeacon)},
+         std::vector(3, "127 1AFF4C00" + IBeacon)},
         // What was known before it opened is not reported.
-        TCase{{.Known = {Manufacturer(-40, 0x004C, IBeacon)}},
-              {RssiAlone(-70)},
-              {"-70 1AFF4C00" + IBeacon}}}) {
-    Start(C.Settings);
-    for (const TFakeAdvertisement& Received : C.Received) Daemon->Receive(Received);
-    for (const std::string& Line : C.Delivered) EXPECT_EQ(Next(), "C0:00:00:00:00:01 " + Line);
+        {{.Known = {Manufacturer(-40, 0x004C, IBeacon)}},
+         {RssiAlone(-70)},
+         {"-70 1AFF4C00" + IBeacon}}}) {
+    Start(Settings);
+    for (const TFakeAdvertisement& One : Received) Daemon->Receive(One);
+    for (const std::string& Line : Delivered) EXPECT_EQ(Next(), "C0:00:00:00:00:01 " + Line);
     Source->Close();
     StopDaemon();
   }

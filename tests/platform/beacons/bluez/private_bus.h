@@ -1,14 +1,10 @@
 // A message bus of the test's own, in place of the system bus.
 #pragma once
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -37,43 +33,26 @@ class TPrivateBus {
   /// False when dbus-daemon is not installed.
   bool IsRunning() const { return FProcess > 0; }
 
-  /// Returns when the bus takes connections.
+  /// Returns when the bus takes connections. It ends with this thread at the latest.
   void Start() {
-    std::array<int, 2> Pipe{};
-    ASSERT_EQ(pipe2(Pipe.data(), O_CLOEXEC), 0);
-    const std::string Address = "--address=" + GetAddress();
-    FProcess = fork();
-    if (FProcess == 0) Become(Pipe[1], Address.c_str());
-    close(Pipe[1]);
-    char Byte = 0;
-    const bool HasStarted = read(Pipe[0], &Byte, 1) == 1;  // it prints its address when ready
-    close(Pipe[0]);
-    if (!HasStarted) Stop();
+    FOutput = popen(("exec setpriv --pdeathsig KILL dbus-daemon --session --nofork "
+                     "--print-address=1 --print-pid=1 2>/dev/null --address=" +
+                     GetAddress())
+                        .c_str(),
+                    "re");
+    if (std::fscanf(FOutput, "%*s %d", &FProcess) != 1) Stop();  // printed when it is ready
   }
 
   void Stop() {
-    if (FProcess <= 0) return;
-    kill(FProcess, SIGKILL);
-    waitpid(FProcess, nullptr, 0);
+    if (FProcess > 0) kill(FProcess, SIGKILL);
+    if (FOutput) pclose(FOutput);
+    FOutput = nullptr;
     FProcess = -1;
   }
 
  private:
-  [[noreturn]] static void Become(int AOutput, const char* AAddress) {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    dup2(AOutput, STDOUT_FILENO);
-    dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
-    execlp("dbus-daemon",
-           "dbus-daemon",
-           "--session",
-           "--nofork",
-           "--print-address=1",
-           AAddress,
-           nullptr);
-    _exit(127);
-  }
-
   std::filesystem::path FFolder;
+  std::FILE* FOutput = nullptr;
   pid_t FProcess = -1;
 };
 

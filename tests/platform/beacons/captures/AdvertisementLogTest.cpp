@@ -18,14 +18,10 @@ std::string LineWith(std::string_view AMember) {
 }  // namespace
 
 TEST(AdvertisementLog, ReadsGoodLines) {
-  struct TCase {
-    std::string Line;
-    THeard Heard;
-  };
   const auto With = [](int ARssi, TTicks ATime = GoodHeard.Time) {
     return THeard{ATime, GoodHeard.Address, ARssi, GoodHeard.Payload};
   };
-  const TCase Cases[] = {
+  const std::pair<std::string, THeard> Cases[] = {
       {Good, GoodHeard},
       {"  " + Good + " \t\r", GoodHeard},
       {LineWith(R"("rssi": null)"), With(UnknownRssi)},
@@ -39,19 +35,14 @@ TEST(AdvertisementLog, ReadsGoodLines) {
       {R"({"t":0,"address":"c4:be:84:01:02:03","adv":""})",
        {0, "C4:BE:84:01:02:03", UnknownRssi, ""}},
   };
-  for (const TCase& Case : Cases) {
-    EXPECT_EQ(ReadAllWell(OpenAdvertisementLog(TextBytes(Case.Line))),
-              std::vector<THeard>{Case.Heard})
-        << Case.Line;
+  for (const auto& [Line, Heard] : Cases) {
+    EXPECT_EQ(ReadAllWell(OpenAdvertisementLog(TextBytes(Line))), std::vector<THeard>{Heard})
+        << Line;
   }
 }
 
 TEST(AdvertisementLog, CountsBadLinesAndGoesOn) {
-  struct TCase {
-    std::string Line;
-    std::string Problem;
-  };
-  const TCase Cases[] = {
+  const std::pair<std::string, std::string> Cases[] = {
       {"hello", "not a JSON object: wrong at column 1"},
       {"[1]", "not a JSON object"},
       {"5", "not a JSON object"},
@@ -87,11 +78,10 @@ TEST(AdvertisementLog, CountsBadLinesAndGoesOn) {
       {std::string(65'537, ' '), "line longer than 64 KiB"},
       {LineWith("\"x\": \"" + std::string(1'000'000, '0') + "\""), "line longer than 64 KiB"},
   };
-  for (const TCase& Case : Cases) {
-    const auto Reader = OpenAdvertisementLog(TextBytes("# log\n\n" + Case.Line + "\r\n" + Good));
-    EXPECT_EQ(ReadAll(*Reader), std::vector<THeard>{GoodHeard}) << Case.Line;
-    EXPECT_EQ(Reader->GetProblems().First, std::vector<std::string>{"line 3: " + Case.Problem})
-        << Case.Line;
+  for (const auto& [Line, Problem] : Cases) {
+    const auto Reader = OpenAdvertisementLog(TextBytes("# log\n\n" + Line + "\r\n" + Good));
+    EXPECT_EQ(ReadAll(*Reader), std::vector<THeard>{GoodHeard}) << Line;
+    EXPECT_EQ(Reader->GetProblems().First, std::vector<std::string>{"line 3: " + Problem}) << Line;
   }
 }
 
@@ -103,11 +93,8 @@ TEST(AdvertisementLog, ReadsTheLongestLine) {
 }
 
 TEST(AdvertisementLog, TakesItsStartFromAComment) {
-  struct TCase {
-    std::string Comment;
-    TTicks Start;  // -1 when the comment states none
-  };
-  const TCase Cases[] = {
+  // The start is -1 when the comment states none.
+  const std::pair<std::string, TTicks> Cases[] = {
       {"# start: 2026-11-22T21:49:34.123456Z", 1'795'384'174'123'456},
       {"# start: 2026-11-22T21:49:34.5Z\r", 1'795'384'174'500'000},
       {"# start: 2026-11-22T21:49:34Z", 1'795'384'174'000'000},
@@ -126,11 +113,11 @@ TEST(AdvertisementLog, TakesItsStartFromAComment) {
       {"# started: 2026-11-22T21:49:34Z", -1},
       {Good + "\n# start: 2026-11-22T21:49:34Z", -1},
   };
-  for (const TCase& Case : Cases) {
-    const auto Reader = OpenAdvertisementLog(TextBytes(Case.Comment + "\n" + Good + "\n"));
-    EXPECT_EQ(Reader->HasWallTime(), Case.Start >= 0) << Case.Comment;
-    const TTicks Expected = std::max<TTicks>(Case.Start, 0) + GoodHeard.Time;
-    EXPECT_EQ(ReadAllWell(Reader).back().Time, Expected) << Case.Comment;
+  for (const auto& [Comment, Start] : Cases) {
+    const auto Reader = OpenAdvertisementLog(TextBytes(Comment + "\n" + Good + "\n"));
+    EXPECT_EQ(Reader->HasWallTime(), Start >= 0) << Comment;
+    const TTicks Expected = std::max<TTicks>(Start, 0) + GoodHeard.Time;
+    EXPECT_EQ(ReadAllWell(Reader).back().Time, Expected) << Comment;
   }
 }
 

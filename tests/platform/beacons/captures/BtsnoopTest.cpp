@@ -119,15 +119,11 @@ TEST(Btsnoop, BoundsWhatFragmentsMayAddUpTo) {
 TEST(Btsnoop, SaysWhereRecordsAreDamaged) {
   const TBytes Good = ReportEvent(1, Report(1, -60, Hex("020106")));
   const TBytes Header = BtsnoopHeader(1002);
-  struct TCase {
-    TBytes File;
-    std::string Problem;
-  };
   TBytes HugeRecord = BtsnoopRecord(Received, Start, {});
   HugeRecord[4] = 0xFF;
   TBytes TooMany = Good;
   TooMany[3] = 2;
-  const TCase Cases[] = {
+  const std::pair<TBytes, std::string> Cases[] = {
       {Join({Header, HugeRecord}), "byte 16: record of 4278190080 bytes; the rest is not read"},
       {Join({Header, Hex("0000")}), "byte 16: record cut short"},
       {H4Capture({Hex("3E")}), "byte 16: HCI event cut short"},
@@ -138,26 +134,22 @@ TEST(Btsnoop, SaysWhereRecordsAreDamaged) {
       {Join({Header, BtsnoopRecord(Received, 20'000'000'000'000'000, Join({{4}, Good}))}),
        "byte 16: time out of range"},
   };
-  for (const TCase& Case : Cases) {
-    EXPECT_EQ(ProblemsOf(Case.File), std::vector<std::string>{Case.Problem});
+  for (const auto& [File, Problem] : Cases) {
+    EXPECT_EQ(ProblemsOf(File), std::vector<std::string>{Problem});
   }
 }
 
 TEST(Btsnoop, RefusesWhatItCannotRead) {
-  struct TCase {
-    TBytes File;
-    const char* Message;
-  };
-  const TCase Cases[] = {
+  const std::pair<TBytes, const char*> Cases[] = {
       {{}, "not a btsnoop file"},
       {TextBytes("btsnoop"), "not a btsnoop file"},
       {TextBytes({"btsnoop\0\0\0", 10}), "cut short in its header"},
       {Join({TextBytes({"btsnoop\0", 8}), Big(2, 4), Big(1002, 4)}), "btsnoop version 2"},
       {BtsnoopHeader(1001), "btsnoop datalink 1001; record with datalink 1002"},
   };
-  for (const TCase& Case : Cases) {
-    const std::string Error = Raised<EBeaconSourceError>([&] { OpenBtsnoop(Case.File); });
-    EXPECT_NE(Error.find(Case.Message), std::string::npos) << Error;
+  for (const auto& [File, Message] : Cases) {
+    const std::string Error = Raised<EBeaconSourceError>([&, &File = File] { OpenBtsnoop(File); });
+    EXPECT_NE(Error.find(Message), std::string::npos) << Error;
   }
 }
 

@@ -120,11 +120,7 @@ TEST(CaptureFiles, AreToldByTheirFirstBytes) {
 }
 
 TEST(CaptureFiles, AreRefusedWithAdvice) {
-  struct TCase {
-    std::string Contents;
-    std::string Message;
-  };
-  const TCase Cases[] = {
+  const std::pair<std::string, std::string> Cases[] = {
       {"", "the file is empty"},
       {"\x1F\x8B\x08", "is compressed (gzip); unpack it first"},
       {std::string("PK\x03\x04", 4), "is compressed (zip); unpack it first"},
@@ -133,10 +129,10 @@ TEST(CaptureFiles, AreRefusedWithAdvice) {
       {std::string("\177ELF\0\0\n#", 8), "is no capture"},
       {std::string("btsnoop\0\0\0\0\1\0\0\0\1", 16), "btsnoop datalink 1"},
   };
-  for (const TCase& Case : Cases) {
-    const TTemporaryFile File(TextBytes(Case.Contents));
+  for (const auto& [Contents, Wanted] : Cases) {
+    const TTemporaryFile File(TextBytes(Contents));
     const std::string Message = OpenError(File.GetPath());
-    EXPECT_TRUE(Message.starts_with(File.GetPath() + ": " + Case.Message)) << Message;
+    EXPECT_TRUE(Message.starts_with(File.GetPath() + ": " + Wanted)) << Message;
   }
   const std::string Folder = std::filesystem::temp_directory_path().string();
   EXPECT_NE(OpenError(Folder).find(": is a folder"), std::string::npos);

@@ -104,12 +104,7 @@ TEST(Pcap, PassesOverWhatTheRadioReceivedDamaged) {
           "071BAE");
   TBytes Bad = Good;
   Bad[20] ^= 1;
-  struct TCase {
-    int LinkType;
-    TBytes Packet;
-    std::size_t Heard;
-  };
-  const TCase Cases[] = {
+  const std::tuple<int, TBytes, std::size_t> Cases[] = {
       {251, Good, 1},
       {251, Bad, 0},
       {256, WithRadioHeader(Good, -60, 0x0001), 1},  // not checked by the sniffer
@@ -121,9 +116,9 @@ TEST(Pcap, PassesOverWhatTheRadioReceivedDamaged) {
       {272, WithNordicHeader(Good, -60, 2, 6, 1), 1},
       {272, WithNordicHeader(Good, -60, 2, 6, 0), 0},
   };
-  for (const TCase& Case : Cases) {
-    const auto File = PcapFile(Case.LinkType, PacketOf(Case.Packet));
-    EXPECT_EQ(ReadAllWell(OpenPcap(File)).size(), Case.Heard) << BytesToHex(Case.Packet);
+  for (const auto& [LinkType, Bytes, Heard] : Cases) {
+    const auto File = PcapFile(LinkType, PacketOf(Bytes));
+    EXPECT_EQ(ReadAllWell(OpenPcap(File)).size(), Heard) << BytesToHex(Bytes);
   }
 }
 
@@ -192,11 +187,7 @@ TEST(Pcap, JoinsChainedExtendedAdvertisements) {
 }
 
 TEST(Pcap, CountsDamagedExtendedAdvertisements) {
-  struct TCase {
-    std::vector<TBytes> Packets;
-    std::string Problem;
-  };
-  const TCase Cases[] = {
+  const std::pair<std::vector<TBytes>, std::string> Cases[] = {
       {{AirPacket(7, {})}, "extended advertising header damaged"},
       {{AirPacket(7, {0x07, 0x01, 1, 0, 0, 0})}, "extended advertising header damaged"},
       {{AirPacket(7, {0x03, 0x01, 1, 0, 0, 0, 0})}, "extended advertising header damaged"},
@@ -207,13 +198,13 @@ TEST(Pcap, CountsDamagedExtendedAdvertisements) {
       {{AirExtended(First, "3412", true, "01"), AirExtended(First, "3412", true, "")},
        "without its last fragment"},
   };
-  for (const TCase& Case : Cases) {
+  for (const auto& [Received, Problem] : Cases) {
     std::vector<TPacket> Packets;
-    for (const TBytes& Bytes : Case.Packets) Packets.push_back({Start, Bytes});
+    for (const TBytes& Bytes : Received) Packets.push_back({Start, Bytes});
     const auto Reader = OpenPcap(PcapFile(251, Packets));
     EXPECT_EQ(ReadAll(*Reader), std::vector<THeard>());
-    ASSERT_EQ(Reader->GetProblems().Count, 1U) << Case.Problem;
-    EXPECT_NE(Reader->GetProblems().First[0].find(Case.Problem), std::string::npos)
+    ASSERT_EQ(Reader->GetProblems().Count, 1U) << Problem;
+    EXPECT_NE(Reader->GetProblems().First[0].find(Problem), std::string::npos)
         << Reader->GetProblems().First[0];
   }
 }
@@ -238,11 +229,7 @@ TEST(Pcap, KeepsWhatComesBeforeABrokenRecord) {
 }
 
 TEST(Pcap, RefusesWhatItCannotRead) {
-  struct TCase {
-    TBytes File;
-    const char* Message;
-  };
-  const TCase Cases[] = {
+  const std::pair<TBytes, const char*> Cases[] = {
       {{}, "not a pcap or pcapng file that can be read"},
       {TextBytes("hello, this is no capture"), "not a pcap or pcapng file that can be read"},
       {Little(0xA1B2C3D4, 4), "not a pcap or pcapng file that can be read"},
@@ -250,9 +237,9 @@ TEST(Pcap, RefusesWhatItCannotRead) {
       {PcapFile(1, {}), "link type 1 (EN10MB) holds no Bluetooth advertisements"},
       {PcapFile(9999, {}), "link type 9999 holds no Bluetooth advertisements"},
   };
-  for (const TCase& Case : Cases) {
-    const std::string Error = Raised<EBeaconSourceError>([&] { OpenPcap(Case.File); });
-    EXPECT_NE(Error.find(Case.Message), std::string::npos) << Error;
+  for (const auto& [File, Message] : Cases) {
+    const std::string Error = Raised<EBeaconSourceError>([&, &File = File] { OpenPcap(File); });
+    EXPECT_NE(Error.find(Message), std::string::npos) << Error;
   }
 }
 

@@ -11,8 +11,6 @@
 #include <numbers>
 #include <numeric>
 
-#include "platform/beacons/frame.h"
-#include "platform/beacons/simulated/beacon_payload.h"
 #include "platform/beacons/simulated/fixed_math.h"
 #include "support/raised.h"
 
@@ -88,17 +86,14 @@ TEST(SimulatedRadio, MathIsThatOfTheStandardLibrary) {
 
 TEST(SimulatedRadio, StrengthFollowsDistanceWallsAndFloors) {
   constexpr double Shadowing = 3.0;
-  struct TCase {
-    TRadioPlace Receiver;
-    double Expected;  // dBm, the median over many transmitters
-  };
-  for (const TCase& Case : {TCase{{1, 0, 0}, -57},
-                            {{0, 10, 0}, -79},
-                            {{-30, 0, 0}, -59 + 2 - 22 * std::log10(30.0)},
-                            {{0.1, 0, 0}, -57 - 22 * std::log10(0.3)},
-                            {{10, 0, 0}, -79 - 5 - 7},
-                            {{10, 0, 1}, -57 - 15 - 11 * std::log10(109.0)},
-                            {{0, 0, -2}, -57 - 30 - 22 * std::log10(6.0)}}) {
+  // The strengths are dBm, the medians over many transmitters.
+  for (const auto& [Receiver, Expected] : {std::pair<TRadioPlace, double>{{1, 0, 0}, -57},
+                                           {{0, 10, 0}, -79},
+                                           {{-30, 0, 0}, -59 + 2 - 22 * std::log10(30.0)},
+                                           {{0.1, 0, 0}, -57 - 22 * std::log10(0.3)},
+                                           {{10, 0, 0}, -79 - 5 - 7},
+                                           {{10, 0, 1}, -57 - 15 - 11 * std::log10(109.0)},
+                                           {{0, 0, -2}, -57 - 30 - 22 * std::log10(6.0)}}) {
     TSimulatedRadio Radio = MakeRadio(400, {});
     Radio.Options.Shadowing = Shadowing;
     Radio.Options.Offset = 2.0;
@@ -108,13 +103,13 @@ TEST(SimulatedRadio, StrengthFollowsDistanceWallsAndFloors) {
                            {{4, 1, 0}, {6, 2, 0}, 50.0},
                            {{5, -1, 1}, {5, 1, 1}, 50.0}};
     std::vector<double> Strengths;
-    for (const TFrame& Frame : Hear(std::move(Radio), StandAt(Case.Receiver, 1)))
+    for (const TFrame& Frame : Hear(std::move(Radio), StandAt(Receiver, 1)))
       Strengths.push_back(Frame.Rssi);
     ASSERT_GT(Strengths.size(), 3600U);  // nine or ten of each
     const auto Middle = static_cast<std::ptrdiff_t>(Strengths.size() / 2);
     std::nth_element(Strengths.begin(), Strengths.begin() + Middle, Strengths.end());
-    EXPECT_NEAR(*(Strengths.begin() + Middle), Case.Expected, 0.8 + 0.5)
-        << Case.Receiver.X << ' ' << Case.Receiver.Level;
+    EXPECT_NEAR(*(Strengths.begin() + Middle), Expected, 0.8 + 0.5)
+        << Receiver.X << ' ' << Receiver.Level;
     EXPECT_NEAR(std::sqrt(CovarianceOf(Strengths, Strengths)), Shadowing, 0.45);
   }
 }
@@ -123,45 +118,39 @@ TEST(SimulatedRadio, ShadowingIsCorrelatedInSpace) {
   constexpr int Fields = 4000;
   const TShadowField Twice(2.0, TRandomStream(1));
   EXPECT_EQ(Twice.GetValue({3, 4, 1}), Twice.GetValue({3, 4, 1}));
-  struct TCase {
-    TRadioPlace Place;
-    double Correlation;  // with the place (1, 1) on level 0
-  };
-  for (const TCase& Case : {TCase{{1, 1, 0}, 1.0},
-                            {{1, 1.5, 0}, std::exp(-0.25)},
-                            {{3, 1, 0}, std::exp(-1.0)},
-                            {{1 + 1.2, 1 - 1.6, 0}, std::exp(-1.0)},
-                            {{5, 4, 0}, std::exp(-2.5)},
-                            {{1, 1, 1}, 0.0},
-                            {{1, 1, -3}, 0.0}}) {
+  // The correlations are those with the place (1, 1) on level 0.
+  for (const auto& [Place, Correlation] : {std::pair<TRadioPlace, double>{{1, 1, 0}, 1.0},
+                                           {{1, 1.5, 0}, std::exp(-0.25)},
+                                           {{3, 1, 0}, std::exp(-1.0)},
+                                           {{1 + 1.2, 1 - 1.6, 0}, std::exp(-1.0)},
+                                           {{5, 4, 0}, std::exp(-2.5)},
+                                           {{1, 1, 1}, 0.0},
+                                           {{1, 1, -3}, 0.0}}) {
     std::vector<double> Here;
     std::vector<double> There;
     for (int Seed = 0; Seed < Fields; ++Seed) {
       const TShadowField Field(2.0, TRandomStream(static_cast<std::uint64_t>(Seed)));
       Here.push_back(Field.GetValue({1, 1, 0}));
-      There.push_back(Field.GetValue(Case.Place));
+      There.push_back(Field.GetValue(Place));
     }
     EXPECT_NEAR(MeanOf(There), 0.0, 0.065);
-    EXPECT_NEAR(CovarianceOf(Here, There), Case.Correlation, 0.09)
-        << Case.Place.X << ' ' << Case.Place.Y << ' ' << Case.Place.Level;
+    EXPECT_NEAR(CovarianceOf(Here, There), Correlation, 0.09)
+        << Place.X << ' ' << Place.Y << ' ' << Place.Level;
   }
 }
 
 TEST(SimulatedRadio, FadingIsRician) {
-  struct TCase {
-    double Direct;
-    double Deviation;  // dB; a Rayleigh channel has 5.57
-  };
-  for (const TCase& Case : {TCase{-60.0, 5.57}, {60.0, 0.0}}) {
+  // The deviations are dB; a Rayleigh channel has 5.57.
+  for (const auto& [Direct, Deviation] : {std::pair<double, double>{-60.0, 5.57}, {60.0, 0.0}}) {
     TRandomStream Stream(7);
     std::vector<double> Decibels;
     std::vector<double> Powers;
     for (int I = 0; I < 20'000; ++I) {
-      Decibels.push_back(DrawFading(Case.Direct, Stream));
+      Decibels.push_back(DrawFading(Direct, Stream));
       Powers.push_back(std::pow(10.0, Decibels.back() / 10.0));
     }
     EXPECT_NEAR(MeanOf(Powers), 1.0, 0.03);
-    EXPECT_NEAR(std::sqrt(CovarianceOf(Decibels, Decibels)), Case.Deviation, 0.15);
+    EXPECT_NEAR(std::sqrt(CovarianceOf(Decibels, Decibels)), Deviation, 0.15);
   }
 }
 
@@ -204,59 +193,21 @@ TEST(SimulatedRadio, SeedDecidesWhateverElseSends) {
 TEST(SimulatedRadio, ReceiverStaysWhereItIsUntilItHasChangedLevels) {
   const TReceiverPath Path(
       {{0, {0, 0, 0}}, {10, {10, 20, 0}}, {20, {50, 60, 1}}, {30, {60, 60, 1}}});
-  struct TCase {
-    TTicks Time;
-    TRadioPlace Place;
-  };
-  for (const TCase& Case : {TCase{-5, {0, 0, 0}},
-                            {5, {5, 10, 0}},
-                            {19, {10, 20, 0}},
-                            {20, {50, 60, 1}},
-                            {25, {55, 60, 1}},
-                            {99, {60, 60, 1}}}) {
-    EXPECT_EQ(Path.GetPlace(Case.Time), Case.Place) << Case.Time;
+  for (const auto& [Time, Place] : {std::pair<TTicks, TRadioPlace>{-5, {0, 0, 0}},
+                                    {5, {5, 10, 0}},
+                                    {19, {10, 20, 0}},
+                                    {20, {50, 60, 1}},
+                                    {25, {55, 60, 1}},
+                                    {99, {60, 60, 1}}}) {
+    EXPECT_EQ(Path.GetPlace(Time), Place) << Time;
   }
-}
-
-TEST(SimulatedRadio, PayloadsAreFramesOfTheirBeacons) {
-  const TGUID GUID = StringToGUID("{2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6}");
-  TEddystoneUID UID;
-  ASSERT_TRUE(UID.SetNamespace("00112233445566778899") && UID.SetInstance("AABBCCDDEEFF"));
-  const auto Decode = [](const std::vector<std::uint8_t>& APayload) {
-    TFrameReader Reader(APayload);
-    TBeaconFrame Result;
-    EXPECT_LE(APayload.size(), 31U);
-    EXPECT_TRUE(Reader.Next(Result));
-    EXPECT_EQ(Result.Power, -59);
-    EXPECT_EQ(Reader.GetMalformed(), 0U);
-    return Result;
-  };
-  const auto iBeacon = MakeiBeaconPayload(GUID, 0x1234, 0xFFFE, -59);
-  const auto AltBeacon = MakeAltBeaconPayload(0xABCD, GUID, 0x1234, 0xFFFE, -59);
-  const auto Eddystone = MakeEddystonePayload(UID, -59);
-  EXPECT_EQ(Decode(iBeacon).Kind, TFrameKind::iBeacon);
-  EXPECT_EQ(Decode(AltBeacon).Kind, TFrameKind::AltBeacon);
-  EXPECT_EQ(Decode(AltBeacon).ManufacturerID, 0xABCD);
-  for (const auto& Payload : {iBeacon, AltBeacon}) {
-    const TBeaconFrame Frame = Decode(Payload);
-    EXPECT_EQ(Frame.GetGUID(), GUID);
-    EXPECT_EQ(Frame.Major, 0x1234);
-    EXPECT_EQ(Frame.Minor, 0xFFFE);
-  }
-  const TBeaconFrame Frame = Decode(Eddystone);
-  EXPECT_EQ(Frame.Kind, TFrameKind::EddystoneUID);
-  EXPECT_TRUE(std::equal(UID.Namespace.begin(), UID.Namespace.end(), Frame.Id));
-  EXPECT_TRUE(std::equal(UID.Instance.begin(), UID.Instance.end(), Frame.Id + 10));
 }
 
 TEST(SimulatedRadio, RefusesWhatIsOutsideItsBounds) {
   constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
-  struct TCase {
-    std::function<void(TSimulatedRadio&)> Spoil;
-    const char* Message;
-  };
-  for (const TCase& Case :
-       {TCase{[](auto& R) { R.Options.Exponent = NaN; }, "exponent is nan"},
+  for (const auto& [Spoil, Wanted] :
+       {std::pair<std::function<void(TSimulatedRadio&)>, const char*>{
+            [](auto& R) { R.Options.Exponent = NaN; }, "exponent is nan"},
         {[](auto& R) { R.Options.Correlation = 0.0; }, "correlation is 0; it has to be from 0.01"},
         {[](auto& R) { R.Options.Loss = 1.1; }, "loss is 1.1"},
         {[](auto& R) {
@@ -269,10 +220,10 @@ TEST(SimulatedRadio, RefusesWhatIsOutsideItsBounds) {
         {[](auto& R) { R.Transmitters[0].Place.Y = NaN; }, "it is further than"},
         {[](auto& R) { R.Transmitters.resize(10'001); }, "10000 are the most"}}) {
     TSimulatedRadio Radio = MakeRadio(1, {});
-    Case.Spoil(Radio);
+    Spoil(Radio);
     const std::string Message =
         Raised<EBeaconSourceError>([&] { OpenSimulatedRadio(std::move(Radio), StandAt({}, 1)); });
-    EXPECT_NE(Message.find(Case.Message), std::string::npos) << Message;
+    EXPECT_NE(Message.find(Wanted), std::string::npos) << Message;
   }
   const auto Walk = [](std::vector<TReceiverPath::TPoint> APoints) {
     return Raised<EBeaconSourceError>([&] { TReceiverPath Path(std::move(APoints)); });
