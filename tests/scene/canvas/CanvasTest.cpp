@@ -69,7 +69,8 @@ struct TPainting : TTarget {
 };
 
 template <class TTarget>
-struct Canvases : testing::Test {
+class Canvases : public testing::Test {
+ protected:
   void SetUp() override {
     const std::string Problem = TTarget::GetProblem();
     if (!Problem.empty()) GTEST_SKIP() << Problem;
