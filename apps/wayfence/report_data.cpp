@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <unordered_map>
 
@@ -89,9 +90,37 @@ std::string MapToJson(const TRunRecord::TMap& AMap, TPictures& APictures) {
       .ToText();
 }
 
-std::string ZoneToJson(const TRunRecord::TZone& AZone) {
+/// The points that lie farther than a distance from the one before.
+std::vector<TPointF> Thinned(const std::vector<TPointF>& AOutline, float ADistance) {
+  std::vector<TPointF> Result;
+  for (const TPointF& Point : AOutline)
+    if (Result.empty() ||
+        std::hypot(Point.X - Result.back().X, Point.Y - Result.back().Y) > ADistance)
+      Result.push_back(Point);
+  return Result;
+}
+
+/// An outline as it can be seen: without what is smaller than half a pixel at the page's largest
+/// zoom, and with so many points at most.
+std::vector<TPointF> Visible(const std::vector<TPointF>& AOutline,
+                             const TRectF& AMap,
+                             std::size_t AMost) {
+  constexpr float HalfPixels = 50'000.0F;  // along a map
+  float Distance = std::max(AMap.GetWidth(), AMap.GetHeight()) / HalfPixels;
+  std::vector<TPointF> Result = Thinned(AOutline, Distance);
+  while (Result.size() > AMost) {
+    Distance = std::max(2.0F * Distance, 1e-3F);
+    Result = Thinned(AOutline, Distance);
+  }
+  return Result;
+}
+
+std::string ZoneToJson(const TRunRecord::TZone& AZone, const TRunRecord& ARun) {
+  constexpr std::size_t MostOfAll = 50'000, MostOfSmall = 16;
+  const std::size_t Most = std::max(MostOfSmall, MostOfAll / ARun.Zones.size());
+  const TRectF& Map = ARun.Maps[static_cast<std::size_t>(AZone.Map)].Rect;
   TColumn Outline;
-  for (const TPointF& Point : AZone.Outline) {
+  for (const TPointF& Point : Visible(AZone.Outline, Map, Most)) {
     Outline.AddDecimal(Point.X);
     Outline.AddDecimal(Point.Y);
   }
@@ -177,6 +206,7 @@ std::string RunToJson(const TNamedRun& ANamed, TPictures& APictures) {
   using TMap = TRunRecord::TMap;
   using TBeacon = TRunRecord::TBeacon;
   using TPoi = TRunRecord::TPoi;
+  using TZone = TRunRecord::TZone;
   return TJsonLine()
       .Text("name", Name)
       .Text("project", Run.Project)
@@ -188,7 +218,7 @@ std::string RunToJson(const TNamedRun& ANamed, TPictures& APictures) {
                     [](const TBeacon& ABeacon) {
                       return PlaceToJson(ABeacon).Text("identity", ABeacon.Identity).ToText();
                     }))
-      .Json("zones", ArrayOf(Run.Zones, &ZoneToJson))
+      .Json("zones", ArrayOf(Run.Zones, [&](const TZone& AZone) { return ZoneToJson(AZone, Run); }))
       .Json("edges", ArrayOf(Run.Edges, &EdgeToJson))
       .Json("pois",
             ArrayOf(Run.Pois,

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "apps/run_lines.h"
@@ -53,10 +55,12 @@ class ReportTest : public ProgramTest {
          R"({"time": 12, "event": "Position", "map": 0, "x": 4, "y": 3, "pathX": 4, "pathY": 2})",
          R"({"time": 12.5, "event": "Truth", "map": 0, "x": 1, "y": 7})",
          R"({"time": 15, "event": "ZoneExit", "zone": ")" + HostileZone + R"("})",
-         R"({"time": 16, "event": "ArrivedToPOI", "poi": "Desk", "map": 0})",
+         R"({"time": 16, "event": "ArrivedToPOI", "poi": "مكتب", "map": 0})",
          R"({"time": 20, "event": "MapChange", "from": 0, "to": 1})"});
     TProjectBuilder Small("Small");
-    Small.AddMap("Yard", 10, 10).GetMap()->SetMeasureUnits(TMeasureUnits::Centimeters);
+    TMapBuilder Yard = Small.AddMap("Yard", 10, 10);
+    Yard.GetMap()->SetMeasureUnits(TMeasureUnits::Centimeters);
+    Yard.AddBeacon("Gate", {1, 1}, UUID, 1, 1);
     WriteRun(Path("small.run"),
              Small,
              {R"({"time": 100, "event": "Position", "map": 0, "x": 300, "y": 0})",
@@ -110,6 +114,7 @@ TEST_F(ReportTest, TellsWhatWasSoAtTheTimeOfTheAddress) {
              {"error", "–"}}},
       TCase{"t=100&run=1",
             {{"project", "Small"},
+             {"source", "a test, 1:40 min, 1 floor, 1 beacon"},
              {"time", "1:40.0"},
              {"position", "300, 0 cm"},
              {"error", "5.00 m, path 5.00 m"}}},
@@ -128,9 +133,26 @@ TEST_F(ReportTest, NamesTheBeaconsOfTheFloorAndListsEvents) {
             std::string::npos);
   EXPECT_EQ(Page.find("Attic</span>"), std::string::npos);
   for (const std::string& Event : {"Entered " + AsText(HostileZone),
-                                   std::string("Arrived at Desk"),
+                                   std::string("Arrived at \u2068مكتب\u2069"),
                                    std::string("To Upper from Ground")})
     EXPECT_NE(Page.find("<span>" + Event + "</span>"), std::string::npos) << Event;
+}
+
+TEST_F(ReportTest, DrawsNoMoreOfAZoneThanCanBeSeen) {
+  std::string Outline;
+  for (int I = 0; I < 300'000; ++I)
+    Outline +=
+        fmt::format("[{:.6f},{:.6f}],", 5 + 5 * std::cos(I / 5e4), 5 + 5 * std::sin(I / 5e4));
+  Outline.pop_back();
+  const std::string Maps = R"("maps": [{"name": "", "rect": [0, 0, 10, 10], "units": "Meters"}])";
+  ReplaceFile(
+      Path("round.run"),
+      R"({"run": 1, "project": "", "source": "", "beacons": [], "pois": [], "edges": [], )" + Maps +
+          R"(, "zones": [{"name": "", "map": 0, "outline": [)" + Outline + "]}]}\n");
+  OutputOf("report round.run -o round.html");
+  const auto Size = std::filesystem::file_size(Path("round.html"));
+  EXPECT_GT(Size, 200'000);  // a circle still
+  EXPECT_LT(Size, 900'000);
 }
 
 TEST_F(ReportTest, LoadsNothingAndIsNotReplacedUnasked) {

@@ -70,7 +70,8 @@ function drawAxes(chart, context, values, label) {
     const x = Math.round(chart.x(time)) + 0.5;
     line(context, theme['--line'], x, chart.height - margin.bottom, x, chart.height - margin.bottom + 4);
     context.fillStyle = theme['--soft'];
-    context.fillText(timeText(time, step < 1 ? 1 : 0), x, chart.height - 5);
+    const text = timeText(time, step < 1 ? 1 : 0), half = context.measureText(text).width / 2;
+    context.fillText(text, Math.min(x, chart.width - half), chart.height - 5);
   }
   line(context, theme['--line'], margin.left, chart.height - margin.bottom, chart.width - margin.right, chart.height - margin.bottom);
   for (const time of state.run.floorTimes.slice(1)) {

@@ -21,7 +21,11 @@ function showSignalNames() {
   const rows = named.map((beacon, i) =>
     makeRow(lineIcon(`--series-${i + 1}`, seriesDashes[i]), state.run.beacons[beacon].name, ''));
   if (others.length) rows.push(makeRow(lineIcon('--other', [], 1.5), `${others.length} more`, ''));
-  if (!rows.length) rows.push(makeElement('li', 'None was heard.'));
+  if (!rows.length) {
+    const row = makeElement('li');
+    row.append(makeElement('span', 'None was heard.', 'none'));
+    rows.push(row);
+  }
   byId('signal-names').replaceChildren(...rows);
 }
 
@@ -59,7 +63,8 @@ function showEvents() {
     return row;
   });
   if (run.events.length > maxListed) rows.push(makeElement('li', `The first ${maxListed} are listed.`, 'none'));
-  if (!rows.length) rows.push(makeElement('li', 'Nothing happened but positions.', 'none'));
+  const nothing = run.positions.t.length ? 'Nothing happened but positions.' : 'Nothing happened.';
+  if (!rows.length) rows.push(makeElement('li', nothing, 'none'));
   byId('events').replaceChildren(...rows);
   setText('event-count', run.events.length ? `${run.events.length}, a click goes there` : '');
 }
@@ -140,9 +145,11 @@ function showLegend() {
 
 function showRun() {
   const { run } = state;
-  document.title = `${run.project || run.name}: run`;
+  document.title = `${isolated(run.project || run.name)}: run`;
   setText('project', run.project || run.name);
-  setText('source', `${run.source ? run.source + ', ' : ''}${timeText(run.end, 0)}${run.end < 100 ? '' : Math.round(run.end) < 3600 ? ' min' : ' h'}, ${run.maps.length} ${run.maps.length === 1 ? 'floor' : 'floors'}, ${run.beacons.length} beacons`);
+  const unit = run.end < 100 ? '' : Math.round(run.end) < 3600 ? ' min' : ' h';
+  setText('source', [...(run.source ? [isolated(run.source)] : []), timeText(run.end, 0) + unit,
+    counted(run.maps.length, 'floor'), counted(run.beacons.length, 'beacon')].join(', '));
   document.body.classList.toggle('without-truth', !run.truth.t.length);
   byId('slider').max = run.end;
   byId('run').value = state.runIndex;

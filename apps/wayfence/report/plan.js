@@ -121,7 +121,7 @@ function drawZoneName(context, zone, isLit) {
   const { left, top, right } = zone.box;
   const width = (right - left) * plan.scale - 8;
   context.font = font(12, isLit ? 700 : 400);
-  let text = zone.name;
+  let text = zone.name.slice(0, 100);
   while (text.length > 1 && context.measureText(text).width > width) text = text.replace(/…?$/u, '').slice(0, -1) + '…';
   if (text.length < 3 && text !== zone.name) return;
   const [x, y] = toScreen((left + right) / 2, top);
@@ -214,7 +214,7 @@ function textAt(screenX, screenY) {
     if (distance < best) [best, text] = [distance, describe()];
   };
   run.beacons.forEach((beacon, i) =>
-    consider(beacon, () => `${beacon.name}\n${dbm(strengthAt(run, i, time))}\n${beacon.identity}`));
+    consider(beacon, () => `${isolated(beacon.name)}\n${dbm(strengthAt(run, i, time))}\n${beacon.identity}`));
   for (const poi of run.pois) if (poi.isNode) consider(poi, () => poi.name);
   if (text) return text;
   const context = byId('floor-plan').getContext('2d');
@@ -223,7 +223,7 @@ function textAt(screenX, screenY) {
   const zones = run.zones.filter(zone => zone.map === state.shownFloor &&
     context.isPointInPath(zone.shape, ...toMap(screenX, screenY)));
   context.restore();
-  return zones.map(zone => 'Zone ' + zone.name).join('\n');
+  return zones.map(zone => 'Zone ' + isolated(zone.name)).join('\n');
 }
 
 function showTip() {

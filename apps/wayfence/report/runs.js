@@ -38,6 +38,7 @@ function prepareRun(run) {
     run.floorTimes.push(time);
     run.floors.push(floor);
   }
+  nameTheNameless(run);
   for (const zone of run.zones) prepareZone(zone);
   for (const event of run.events) addStay(run.zones[event.zone], event);
   prepareErrors(run);
@@ -45,6 +46,12 @@ function prepareRun(run) {
   run.strongest = new Map();
   run.isPrepared = true;
   return run;
+}
+
+function nameTheNameless(run) {
+  run.maps.forEach((map, i) => { map.name ||= `Map ${i}`; });
+  for (const beacon of run.beacons) beacon.name ||= beacon.identity;
+  for (const item of [...run.zones, ...run.pois, ...run.events]) item.name ||= '(no name)';
 }
 
 function prepareZone(zone) {

@@ -79,6 +79,9 @@ function goToEvent(direction) {
 
 // ---------------------------------------------------------------- texts
 
+// Scripts that run from right to left, and characters that change the direction.
+const rightToLeft = /[\u0590-\u08ff\ufb1d-\ufdff\ufe70-\ufefc\u200e\u200f\u202a-\u202e\u2066-\u2069\u{10800}-\u{10fff}\u{1e800}-\u{1efff}]/u;
+
 function setText(id, text) {
   const element = byId(id);
   if (element.textContent !== text) element.textContent = text;
@@ -96,12 +99,15 @@ function timeText(seconds, decimals = 1) {
 const dbm = value => value === null ? 'not heard' : `${String(value).replace('-', '−')} dBm`;
 const metres = value => value >= 0 ? `${value.toFixed(2)} m` : '–';
 const placeText = (map, x, y) => `${x.toFixed(map.decimals)}, ${y.toFixed(map.decimals)} ${map.unit}`;
-const mapName = (run, index) => run.maps[index]?.name ?? 'unknown';
+// A name, so that its direction does not turn the text around it.
+const isolated = name => rightToLeft.test(name) ? `\u2068${name}\u2069` : name;
+const mapName = (run, index) => isolated(run.maps[index]?.name ?? 'unknown');
+const counted = (count, what) => `${count} ${what}${count === 1 ? '' : 's'}`;
 
 function eventText(run, event) {
-  if (event.kind === 'ZoneEnter') return 'Entered ' + event.name;
-  if (event.kind === 'ZoneExit') return 'Left ' + event.name;
-  if (event.kind === 'ArrivedToPOI') return 'Arrived at ' + event.name;
+  if (event.kind === 'ZoneEnter') return 'Entered ' + isolated(event.name);
+  if (event.kind === 'ZoneExit') return 'Left ' + isolated(event.name);
+  if (event.kind === 'ArrivedToPOI') return 'Arrived at ' + isolated(event.name);
   return 'To ' + mapName(run, event.map) + (event.from < 0 ? '' : ' from ' + mapName(run, event.from));
 }
 
@@ -114,7 +120,7 @@ function showNow() {
   const place = (xs, ys) => i < 0 ? 'not yet known' : placeText(run.maps[map[i]], xs[i], ys[i]) + age;
   setText('time', timeText(time));
   setText('floor', mapName(run, floorAt(run, time)));
-  setText('zones', run.zones.filter(zone => isInside(zone, time)).map(zone => zone.name).join(', ') || 'none');
+  setText('zones', run.zones.filter(zone => isInside(zone, time)).map(zone => isolated(zone.name)).join(', ') || 'none');
   setText('position', place(x, y));
   setText('path', place(pathX, pathY));
   setText('truth', truth ? placeText(run.maps[truth.map], truth.x, truth.y) +
