@@ -218,7 +218,8 @@ std::string RunToJson(const TNamedRun& ANamed, TPictures& APictures) {
                     [](const TBeacon& ABeacon) {
                       return PlaceToJson(ABeacon).Text("identity", ABeacon.Identity).ToText();
                     }))
-      .Json("zones", ArrayOf(Run.Zones, [&](const TZone& AZone) { return ZoneToJson(AZone, Run); }))
+      .Json("zones",
+            ArrayOf(Run.Zones, [&Run = Run](const TZone& AZone) { return ZoneToJson(AZone, Run); }))
       .Json("edges", ArrayOf(Run.Edges, &EdgeToJson))
       .Json("pois",
             ArrayOf(Run.Pois,
