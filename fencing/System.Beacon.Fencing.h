@@ -10,6 +10,7 @@
 
 #include "fencing/System.Beacon.Fencing.Types.h"
 #include "fencing/map_fencing.h"
+#include "fencing/own_threads.h"
 #include "fencing/run_switch.h"
 #include "fencing/zone_collections.h"
 #include "platform/beacons/System.Beacon.h"
@@ -140,7 +141,8 @@ class TCustomBeaconZonesFencing : public TComponent {
   void StartFencingScanning();
   /// Stops scanning; once it has returned no handler is entered any more.
   void StopScanning();
-  /// Makes the beacon manager, or replaces one of another scan mode, and sets it up.
+  /// Makes the beacon manager, or replaces one of another scan mode unless it is scanning, and
+  /// sets it up.
   void CheckBeaconManager();
   void DisconnectBeaconManagerEvents();
   void RegisterZones();
@@ -204,6 +206,7 @@ class TCustomBeaconZonesFencing : public TComponent {
   TZoneLink GetCurrentLink() const;
   void SetCurrentLink(TZoneLink ALink);
   void SetCurrentBeaconList(const TBeaconList& AList);
+  void ScanFailed(TObject* ASender, const std::string& AMessage);
 
   TEventSlot<void(TObject*, const TRef<IBeacon>&, TBeaconZoneItem*)> FOnZoneEnter;
   std::unique_ptr<TBeaconManager> FBeaconManager;
@@ -228,6 +231,7 @@ class TCustomBeaconZonesFencing : public TComponent {
       FOnBeaconEddyTLM;
 
   TRef<IAdvertisementSource> FSource;
+  TOwnThreads FOwnThreads;
   TRunSwitch FSwitch;
 
   mutable std::mutex FStateLock;  // guards FCurrentZone, FCurrentBeaconList

@@ -2,6 +2,8 @@
 // threads in map_positions.cpp and map_sightings.cpp.
 #include "fencing/map_fencing.h"
 
+#include <fmt/format.h>
+
 #include <utility>
 
 #include "fencing/messages.h"
@@ -206,15 +208,15 @@ void TCustomBeaconMapFencing::FencingOptionsChanged(TObject*) {
 }
 
 void TCustomBeaconMapFencing::ParticleFilterOptionsChanged(TObject*) {
-  TakeFilterOptions();
   const TLoadedRef Loaded = GetLoaded();
+  if (!Loaded->Calculators.empty()) FParticleFilterOptions->SetSPC(FBeaconManagerOptions->GetSPC());
+  TakeFilterOptions();
   for (const TMapCalculator& Entry : Loaded->Calculators)
     Entry.Calculator->ApplyOptions(*FParticleFilterOptions);
 }
 
 /// Keeps a copy for the threads that read the options while the application changes them.
 void TCustomBeaconMapFencing::TakeFilterOptions() {
-  FParticleFilterOptions->SetSPC(FBeaconManagerOptions->GetSPC());
   auto Copy = std::make_shared<TParticleFilterOptions>();
   Copy->Assign(FParticleFilterOptions.get());
   Copy->SetOwnsCalcDistance(FParticleFilterOptions->GetOwnsCalcDistance());
@@ -279,7 +281,7 @@ void TCustomBeaconMapFencing::BeginProcess() {
   HandOver(FXMLMap);
   FreeRetired();
   if (GetLoaded()->Project.Maps.IsEmpty()) RaiseComponentError(Messages::SNoFencingMap);
-  CreateParticlesFilter();
+  MakeCalculators();
   ConfigureBeaconManager();
   if (FSource) FBeaconManager->SetSource(FSource);
   RegisterBeaconRegions();
@@ -289,8 +291,7 @@ void TCustomBeaconMapFencing::BeginProcess() {
 
 void TCustomBeaconMapFencing::StartTimer() {
   FFencingTimer = std::make_unique<TBeaconFencingTimer>();
-  FFencingTimer->SetOnIntervalPassed(
-      Bind<&TCustomBeaconMapFencing::UpdateBeaconsPositionCalculator>(this));
+  FFencingTimer->SetOnIntervalPassed(Bind<&TCustomBeaconMapFencing::Tick>(this));
   FFencingTimer->SetUpdateInterval(FParticleFilterOptions->GetUpdateInterval());
   FFencingTimer->Start();
 }
@@ -313,17 +314,31 @@ void TCustomBeaconMapFencing::WaitForEnd() {
   const TLoadedRef Loaded = GetLoaded();
   Loaded->Disconnect();
   Loaded->ClearShownRoute();
-  for (const TLoadedRef& Old : FRetired) Old->Disconnect();
+  DisconnectRetired();
   FreeRetired();
 }
 
+/// Waits for estimates that run; a hand-off that is served meanwhile may retire another project.
+void TCustomBeaconMapFencing::DisconnectRetired() {
+  const std::vector<TLoadedRef> Retired = FRetired;
+  for (const TLoadedRef& Old : Retired) Old->Disconnect();
+}
+
 void TCustomBeaconMapFencing::CreateParticlesFilter() {
+  if (!FSwitch.IsBusy()) MakeCalculators();
+}
+
+void TCustomBeaconMapFencing::MakeCalculators() {
+  constexpr std::size_t MostMaps = 4096;  // each has its particles
   const TPositionCalculatorClass& Class = TPositionCalculator::FPositionCalculatorClass;
   if (!Class) RaiseComponentError(Messages::SNoCalculatorClass);
   const TLoadedRef Loaded = GetLoaded();
   if (!Loaded->Calculators.empty()) return;
-  TakeFilterOptions();
   const TFencingProject& Project = Loaded->Project;
+  if (Project.Maps.GetLength() > MostMaps)
+    RaiseComponentError(fmt::format(Messages::STooManyMaps, Project.Maps.GetLength(), MostMaps));
+  FParticleFilterOptions->SetSPC(FBeaconManagerOptions->GetSPC());
+  TakeFilterOptions();
   std::vector<TMapCalculator> Calculators(Project.Maps.GetLength());
   for (std::size_t I = 0; I < Calculators.size(); ++I) {
     const auto Index = static_cast<std::int32_t>(I);
@@ -342,7 +357,8 @@ void TCustomBeaconMapFencing::CreateParticlesFilter() {
 
 void TCustomBeaconMapFencing::ConfigureBeaconManager() {
   const TBeaconManagerOptions& Options = *FBeaconManagerOptions;
-  if (!FBeaconManager || FBeaconManager->GetScanMode() != Options.GetMode())
+  const bool HasAnotherMode = FBeaconManager && FBeaconManager->GetScanMode() != Options.GetMode();
+  if (!FBeaconManager || (HasAnotherMode && !FBeaconManager->IsScanning()))
     FBeaconManager = TBeaconManager::GetBeaconManager(Options.GetMode());
   TBeaconManager& Manager = *FBeaconManager;
 
@@ -352,6 +368,7 @@ void TCustomBeaconMapFencing::ConfigureBeaconManager() {
   Manager.SetOnBeaconProximity(Bind<&T::BeaconProximityChangeEvent>(this));
   Manager.SetOnEddystoneURL(Bind<&T::BeaconEddystoneURLEvent>(this));
   Manager.SetOnEddystoneTLM(Bind<&T::BeaconEddystoneTLMEvent>(this));
+  Manager.SetOnScanError(Bind<&T::ScanFailed>(this));
   Manager.SetOnCalcDistance(FParticleFilterOptions->GetOwnsCalcDistance()
                                 ? Bind<&T::BeaconCalcDistancesEvent>(this)
                                 : TCalcDistanceEvent());
@@ -371,6 +388,12 @@ void TCustomBeaconMapFencing::DisconnectBeaconManager() {
   FBeaconManager->SetOnEddystoneURL({});
   FBeaconManager->SetOnEddystoneTLM({});
   FBeaconManager->SetOnCalcDistance({});
+  FBeaconManager->SetOnScanError({});
+}
+
+void TCustomBeaconMapFencing::ScanFailed(TObject* ASender, const std::string& AMessage) {
+  const TOwnThreads::TCall Call(FOwnThreads, FSwitch);
+  HandleApplicationException(ASender, EBeaconSourceError(AMessage));
 }
 
 void TCustomBeaconMapFencing::RegisterBeaconRegions() {

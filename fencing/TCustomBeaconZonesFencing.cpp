@@ -69,7 +69,8 @@ TCustomBeaconZonesFencing::TCustomBeaconZonesFencing(TComponent* AOwner)
       FSwitch({.Begin = [this] { BeginScanning(); },
                .AskToEnd = [this] { AskToEnd(); },
                .WaitForEnd = [this] { WaitForEnd(); },
-               .StartFailed = [this] { FEnabled.store(false); }}) {
+               .StartFailed = [this] { FEnabled.store(false); },
+               .IsInsideThread = [this] { return FOwnThreads.IsActing(); }}) {
   TBluetoothLEManager::GetCurrentManager().GetIsSupported();
   FZones->SetBaseManufacturerID(NoManufacturer);
 }
@@ -80,7 +81,7 @@ TCustomBeaconZonesFencing::~TCustomBeaconZonesFencing() {
         "a zone component was destroyed inside one of its own event handlers; "
         "destroy it after the handler has returned");
   FEnabled.store(false);
-  FSwitch.Stop();
+  FSwitch.Shut();
 }
 
 void TCustomBeaconZonesFencing::Loaded() {
@@ -190,7 +191,8 @@ void TCustomBeaconZonesFencing::WaitForEnd() {
 
 void TCustomBeaconZonesFencing::CheckBeaconManager() {
   const TBeaconManagerOptions& Options = *FBeaconManagerOptions;
-  if (!FBeaconManager || FBeaconManager->GetScanMode() != Options.GetMode())
+  const bool HasAnotherMode = FBeaconManager && FBeaconManager->GetScanMode() != Options.GetMode();
+  if (!FBeaconManager || (HasAnotherMode && !FBeaconManager->IsScanning()))
     FBeaconManager = TBeaconManager::GetBeaconManager(Options.GetMode());
   TBeaconManager& Manager = *FBeaconManager;
 
@@ -201,7 +203,7 @@ void TCustomBeaconZonesFencing::CheckBeaconManager() {
   Manager.SetOnEddystoneURL(Bind<&T::BeaconEddystoneURLEvent>(this));
   Manager.SetOnEddystoneTLM(Bind<&T::BeaconEddystoneTLMEvent>(this));
   Manager.SetOnSighting({});
-  Manager.SetOnScanError({});
+  Manager.SetOnScanError(Bind<&T::ScanFailed>(this));
 
   Manager.SetBeaconDeathTime(Options.GetBeaconDeathTime());
   Manager.SetScanningTime(Options.GetScanningTime());
@@ -220,6 +222,11 @@ void TCustomBeaconZonesFencing::DisconnectBeaconManagerEvents() {
   FBeaconManager->SetOnEddystoneTLM({});
   FBeaconManager->SetOnSighting({});
   FBeaconManager->SetOnScanError({});
+}
+
+void TCustomBeaconZonesFencing::ScanFailed(TObject* ASender, const std::string& AMessage) {
+  const TOwnThreads::TCall Call(FOwnThreads, FSwitch);
+  HandleApplicationException(ASender, EBeaconSourceError(AMessage));
 }
 
 void TCustomBeaconZonesFencing::RegisterZones() {

@@ -149,7 +149,8 @@ class TCustomBeaconMapFencing : public TComponent {
   void SetOnZoneEnter(TFencingZoneEnterEvent A) { FOnZoneEnter.Set(std::move(A)); }
   const TFencingZoneEnterEvent& GetOnZoneExit() const noexcept { return FOnZoneExit.Get(); }
   void SetOnZoneExit(TFencingZoneEnterEvent A) { FOnZoneExit.Set(std::move(A)); }
-  /// Called on the timer thread; it may compute the position itself. Any thread.
+  /// Called on the timer thread; it may compute the position itself. Any thread. The old handler
+  /// may still be running when another one has been set.
   TCalcPositionEvent GetOnCalcPosition() const;
   void SetOnCalcPosition(TCalcPositionEvent AValue);
   /// Called after the map was painted on the control.
@@ -178,11 +179,13 @@ class TCustomBeaconMapFencing : public TComponent {
   /// and what the project's reader and the source raise.
   void StartProcess();
   void StopProcess();
-  /// Makes the beacon manager, or replaces one of another scan mode, and sets it up.
+  /// Makes the beacon manager, or replaces one of another scan mode unless it is scanning, and
+  /// sets it up.
   void ConfigureBeaconManager();
   void RegisterBeaconRegions();
   void UnregisterBeaconRegions();
-  /// Makes one calculator for each map, unless there are some.
+  /// Makes one calculator for each map, at most 4,096, unless there are some or a handler of the
+  /// component is running, whose thread may look for them.
   void CreateParticlesFilter();
   /// Where advertisements come from, in place of the platform's radio. Taken at the next start.
   /// Not published.
@@ -270,6 +273,10 @@ class TCustomBeaconMapFencing : public TComponent {
   void WaitForEnd();
   void DisconnectBeaconManager();
   void StartTimer();
+  void MakeCalculators();
+  void DisconnectRetired();
+  void Tick(TObject* ASender);
+  void ScanFailed(TObject* ASender, const std::string& AMessage);
 
   bool HandOver(const std::string& AText);
   void Publish(TLoadedRef ALoaded);

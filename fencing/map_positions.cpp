@@ -1,13 +1,12 @@
 // From the distances of beacons to positions and zones: what runs on the timer thread and on the
 // calculators' threads.
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "fencing/map_fencing.h"
-#include "fencing/messages.h"
 #include "fencing/tracked_project.h"
-#include "platform/errors.h"
 #include "platform/time.h"
 
 namespace System::Beacon::Fencing {
@@ -39,13 +38,7 @@ void TCustomBeaconMapFencing::TBeaconFencingTimer::Execute() {
     FWakeUp.WaitFor(GetUpdateInterval());
     if (GetTerminated()) return;
     const TNotifyEvent Handler = GetOnIntervalPassed();
-    try {
-      Handler(this);
-    } catch (const std::exception& Error) {
-      HandleApplicationException(this, Error);
-    } catch (...) {
-      HandleApplicationException(this, EGeneralError(std::string(Messages::SUnknownException)));
-    }
+    Handler(this);
   }
 }
 
@@ -66,6 +59,16 @@ TPointF ReferencePoint(const TFencingBeacons& ABeacons) {
 }
 
 }  // namespace
+
+/// What raises is told; the next interval tries again.
+void TCustomBeaconMapFencing::Tick(TObject* ASender) {
+  const TOwnThreads::TCall Call(FOwnThreads, FSwitch);
+  try {
+    UpdateBeaconsPositionCalculator(ASender);
+  } catch (...) {
+    HandleCurrentException(ASender);
+  }
+}
 
 void TCustomBeaconMapFencing::UpdateBeaconsPositionCalculator(TObject*) {
   CheckMapChange();
@@ -97,18 +100,14 @@ bool TCustomBeaconMapFencing::CalcPosition(const TLoadedRef& ALoaded,
   if (!Handler) return false;
   bool IsManaged = false;
   TPointF Position, PathPosition;
-  {
-    const TOwnThreads::TCall Call(FOwnThreads);
-    Handler(this,
-            ABeacons,
-            *Options,
-            ALoaded->GetMap(AMapIndex)->Map->GetGlobalRect(),
-            ALoaded->GetCalculator(AMapIndex)->Segments,
-            IsManaged,
-            Position,
-            PathPosition);
-  }
-  FSwitch.ThreadHasLeft();
+  Handler(this,
+          ABeacons,
+          *Options,
+          ALoaded->GetMap(AMapIndex)->Map->GetGlobalRect(),
+          ALoaded->GetCalculator(AMapIndex)->Segments,
+          IsManaged,
+          Position,
+          PathPosition);
   if (!IsManaged) return false;
   ALoaded->EndWork();
   TakeEstimate(ALoaded, AMapIndex, Position, PathPosition);
@@ -175,10 +174,15 @@ void TCustomBeaconMapFencing::FollowRoute(const TLoadedRef& ALoaded, TDisplayCha
     return;
   AChange.HasArrived =
       Tell(FOnArrivedToPOI, [&](const TArrivedToPOIEvent& AHandler) { AHandler(this, Poi); });
-  if (!AChange.HasArrived) ALoaded->SetRoute(Route);  // stopped before the application heard of it
+  if (!AChange.HasArrived) ALoaded->PutRouteBack(*Route);  // the application never heard of it
 }
 
 namespace {
+
+/// The distance of a sighting, metres; 0 without one, and while it is not known.
+float SignalOf(const IBeacon* ASighting) {
+  return ASighting ? std::max(static_cast<float>(ASighting->GetDistance()), 0.0F) : 0.0F;
+}
 
 void ShowSignals(const TFencingMap& AMap) {
   using TSignal = std::pair<TRef<IDesignBeacon>, float>;
@@ -186,9 +190,7 @@ void ShowSignals(const TFencingMap& AMap) {
   Signals.reserve(AMap.BeaconList.GetLength());
   AMap.BeaconList.WithLock([&] {
     for (const TFencingBeacon& Entry : AMap.BeaconList)
-      Signals.emplace_back(
-          Entry.DesignBeacon,
-          Entry.BTBeacon ? static_cast<float>(Entry.BTBeacon->GetDistance()) : 0.0F);
+      Signals.emplace_back(Entry.DesignBeacon, SignalOf(Entry.BTBeacon.Get()));
   });
   for (const auto& [Beacon, Distance] : Signals) Beacon->SetSignalDistance(Distance);
 }
@@ -222,10 +224,11 @@ namespace {
 
 using TZones = TArray<TRef<IDesignZone>>;
 
-bool HasZone(const TZones& AZones, const std::string& AName) {
-  return std::any_of(AZones.begin(), AZones.end(), [&](const TRef<IDesignZone>& AZone) {
-    return AZone->GetName() == AName;
-  });
+/// Zones are the same when they have the same name.
+std::unordered_set<std::string> NamesOf(const TZones& AZones) {
+  std::unordered_set<std::string> Result;
+  for (const TRef<IDesignZone>& Zone : AZones) Result.insert(Zone->GetName());
+  return Result;
 }
 
 }  // namespace
@@ -247,16 +250,18 @@ void TCustomBeaconMapFencing::CheckZones(const TLoadedRef& ALoaded,
   if (!IsCurrent(ALoaded, AMapIndex)) return;
 
   const TZones Last = ALoaded->GetLastZones();
+  if (std::equal(Zones.begin(), Zones.end(), Last.begin(), Last.end())) return;
+  const auto Names = NamesOf(Zones), LastNames = NamesOf(Last);
   const auto TellOf = [&](TEventSlot<void(TObject*, const TRef<IDesignZone>&)>& ASlot,
                           const TRef<IDesignZone>& AZone) {
     return Tell(ASlot, [&](const TFencingZoneEnterEvent& AHandler) { AHandler(this, AZone); });
   };
   std::vector<TRef<IDesignZone>> Untold;
   for (const TRef<IDesignZone>& Zone : Last)
-    if (!HasZone(Zones, Zone->GetName()) && !TellOf(FOnZoneExit, Zone)) Untold.push_back(Zone);
+    if (!Names.contains(Zone->GetName()) && !TellOf(FOnZoneExit, Zone)) Untold.push_back(Zone);
   std::vector<TRef<IDesignZone>> Told;
   for (const TRef<IDesignZone>& Zone : Zones)
-    if (HasZone(Last, Zone->GetName()) || TellOf(FOnZoneEnter, Zone)) Told.push_back(Zone);
+    if (LastNames.contains(Zone->GetName()) || TellOf(FOnZoneEnter, Zone)) Told.push_back(Zone);
   Told.insert(Told.end(), Untold.begin(), Untold.end());
   ALoaded->SetLastZones(TZones(std::move(Told)));
 }

@@ -37,7 +37,10 @@ void TCustomBeaconMapFencing::SetXMLMap(const std::string& AValue) {
     throw;
   }
   FXMLMap = AValue;
-  if (!FSwitch.IsOn()) return FreeRetired();
+  if (!FSwitch.IsOn()) {
+    if (!FSwitch.IsBusy()) FreeRetired();
+    return;
+  }
   if (!IsAnother) return;
   if (!AValue.empty()) return StartProcess();
   FEnabled.store(false);
@@ -85,10 +88,9 @@ void TCustomBeaconMapFencing::Publish(TLoadedRef ALoaded) {
   FRetired.push_back(std::move(ALoaded));
 }
 
-/// Frees the projects that no thread works on, once the component's own ones have ended. Their
+/// Frees the projects that no other thread works on; the component's own ones have ended. Their
 /// calculators are waited for, and hand-offs served meanwhile.
 void TCustomBeaconMapFencing::FreeRetired() {
-  if (FFencingTimer || FSwitch.GetGate().IsInHandler()) return;
   const auto InUse = std::partition(FRetired.begin(), FRetired.end(), [](const TLoadedRef& AOld) {
     return AOld.use_count() == 1;
   });

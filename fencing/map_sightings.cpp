@@ -67,7 +67,8 @@ void TCustomBeaconMapFencing::SetCurrentBeaconList(TBeaconList AList) {
 }
 
 void TCustomBeaconMapFencing::ProcessIncomingBeacon(const TRef<IBeacon>& ABeacon) {
-  const TFencingBeacon Beacon = GetLoaded()->Project.AddBeaconInfo(ABeacon);
+  const TLoadedRef Loaded = GetLoaded();
+  const TFencingBeacon Beacon = Loaded->Project.AddBeaconInfo(ABeacon);
   if (Beacon.DesignBeacon)
     Tell(FOnBeaconEnter,
          [&](const TFencingBeaconEnterExitEvent& AHandler) { AHandler(this, Beacon); });
@@ -75,7 +76,8 @@ void TCustomBeaconMapFencing::ProcessIncomingBeacon(const TRef<IBeacon>& ABeacon
 }
 
 void TCustomBeaconMapFencing::ProcessOutgoingBeacon(const TRef<IBeacon>& ABeacon) {
-  const TFencingBeacon Beacon = GetLoaded()->Project.RemoveBeaconInfo(ABeacon);
+  const TLoadedRef Loaded = GetLoaded();
+  const TFencingBeacon Beacon = Loaded->Project.RemoveBeaconInfo(ABeacon);
   if (Beacon.DesignBeacon)
     Tell(FOnBeaconExit,
          [&](const TFencingBeaconEnterExitEvent& AHandler) { AHandler(this, Beacon); });
@@ -92,6 +94,7 @@ void TCustomBeaconMapFencing::BeaconCalcDistancesEvent(
   std::int32_t MapIndex = -1;
   if (!Loaded->Project.BeaconBelognsToProject(ABeacon, MapIndex, Beacon, true)) return;
   const TMapCalculator* const Entry = Loaded->GetCalculator(MapIndex);
+  const TOwnThreads::TCall Call(FOwnThreads, FSwitch);
   double Distance = 0.0;
   if (Entry && Entry->Calculator->DoCalcutateBeaconDistance(ATxPower, ARssi, Beacon, Distance))
     ANewDistance = Distance;
@@ -104,8 +107,14 @@ void TCustomBeaconMapFencing::BeaconProximityChangeEvent(TObject*,
   TFencingMap* const Map = Loaded->GetCurrentMap();
   TFencingBeacon Beacon;
   if (!Map || !Map->GetFencingBeaconFor(ABeacon, Beacon, false)) return;
-  if (const TMapCalculator* const Entry = Loaded->GetCurrentCalculator())
-    Entry->Calculator->DoBeaconProximityEvent(Beacon, AProximity);
+  if (const TMapCalculator* const Entry = Loaded->GetCurrentCalculator()) {
+    const TOwnThreads::TCall Call(FOwnThreads, FSwitch);
+    try {
+      Entry->Calculator->DoBeaconProximityEvent(Beacon, AProximity);
+    } catch (...) {
+      HandleCurrentException(this);  // no calibration this time
+    }
+  }
 
   const auto Color = ColorOf(AProximity);
   if (Color && GetMapOptions().Contains(TFencingMapOption::ColorBeacon))

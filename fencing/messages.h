@@ -23,11 +23,12 @@ inline constexpr std::string_view SBeaconsToUse =
 inline constexpr std::string_view SInvalidMapIndex = "{} is not a valid map index";
 
 inline constexpr std::string_view SNoFencingMap = "There is no fencing map information";
+inline constexpr std::string_view STooManyMaps =
+    "the project has {} maps; at most {} can be worked on: split it";
 inline constexpr std::string_view SNoCalculatorClass =
     "Cannot continue, position calculator class not found";
 inline constexpr std::string_view SNoRuntimeMapClass =
     "Cannot continue, runtime map class not found";
 inline constexpr std::string_view SZoneEnteringError = "The value should be between -1 and 100";
-inline constexpr std::string_view SUnknownException = "an exception of an unknown class was raised";
 
 }  // namespace System::Beacon::Fencing::Messages

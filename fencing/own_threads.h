@@ -1,10 +1,12 @@
-// Which threads of a component are inside user code that is not handed to the main thread.
+// Which threads of a component are inside code that may hand over to the main thread past the
+// component's gate: an application's handlers, calculators of its own.
 #pragma once
 
 #include <algorithm>
 #include <mutex>
 #include <vector>
 
+#include "fencing/run_switch.h"
 #include "platform/threads.h"
 
 namespace System::Beacon::Fencing {
@@ -12,16 +14,23 @@ namespace System::Beacon::Fencing {
 /// Any thread.
 class TOwnThreads {
  public:
-  /// Notes the calling thread as long as it lives.
+  /// Notes the calling thread as long as it lives. Then what the switch was asked for inside is
+  /// done, which may wait for the main thread.
   class TCall {
    public:
-    explicit TCall(TOwnThreads& AThreads) : FThreads(AThreads) { FThreads.Enter(); }
-    ~TCall() { FThreads.Leave(); }
+    TCall(TOwnThreads& AThreads, TRunSwitch& ASwitch) : FThreads(AThreads), FSwitch(ASwitch) {
+      FThreads.Enter();
+    }
+    ~TCall() {
+      FThreads.Leave();
+      FSwitch.ThreadHasLeft();
+    }
     TCall(const TCall&) = delete;
     TCall& operator=(const TCall&) = delete;
 
    private:
     TOwnThreads& FThreads;
+    TRunSwitch& FSwitch;
   };
 
   /// Whether the caller is, or acts for, a thread that was noted: it must not wait for it.

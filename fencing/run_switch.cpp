@@ -39,6 +39,7 @@ void TRunSwitch::Start() {
     FIsOn = false;
     FSteps.StartFailed();
     Halt();
+    if (!IsBusy()) DoPending();  // asked for while the threads were waited for
     throw;
   }
 }
@@ -55,7 +56,7 @@ void TRunSwitch::TryStart() {
     if (std::exchange(FPending, TPending::Nothing) == TPending::Stop) return;
     Begin();
   } while (FPending == TPending::Restart);
-  if (std::exchange(FPending, TPending::Nothing) == TPending::Stop) Halt();
+  if (std::exchange(FPending, TPending::Nothing) == TPending::Stop) Stop();
 }
 
 void TRunSwitch::Begin() {

@@ -71,6 +71,10 @@ bool TTrackedProject::TakeRoute(std::int32_t AValue) {
   FIsArrivalShown = true;
   return true;
 }
+void TTrackedProject::PutRouteBack(std::int32_t AValue) {
+  const std::lock_guard Guard(FLock);
+  if (std::exchange(FIsArrivalShown, false)) FRoute = AValue;
+}
 void TTrackedProject::ClearShownRoute() {
   {
     const std::lock_guard Guard(FLock);

@@ -78,6 +78,8 @@ class TTrackedProject : public std::enable_shared_from_this<TTrackedProject> {
   /// Takes the route away when it is still that one: one arrival tells of it. What is shown of it
   /// is cleared later.
   bool TakeRoute(std::int32_t AValue);
+  /// Undoes that, unless the application has set or cleared a route since.
+  void PutRouteBack(std::int32_t AValue);
   /// Shows no route any more when an arrival has left that to be done. Main thread.
   void ClearShownRoute();
 

@@ -1,6 +1,8 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/errors.h"
+#include "platform/messages.h"
 #include "platform/threads.h"
 
 namespace System {
@@ -30,6 +32,21 @@ void HandleApplicationException(TObject* ASender, const std::exception& AError) 
     Handler = Slot().Handler;
   }
   Handler(ASender, AError);
+}
+
+void HandleCurrentException(TObject* ASender) {
+  WithCurrentException(
+      [&](const std::exception& AError) { HandleApplicationException(ASender, AError); });
+}
+
+void WithCurrentException(const std::function<void(const std::exception&)>& ABody) {
+  try {
+    throw;
+  } catch (const std::exception& Error) {
+    ABody(Error);
+  } catch (...) {
+    ABody(EGeneralError(std::string(Messages::SUnknownException)));
+  }
 }
 
 }  // namespace System

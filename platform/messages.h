@@ -5,6 +5,7 @@
 
 namespace System::Messages {
 
+inline constexpr std::string_view SUnknownException = "an exception of an unknown class was raised";
 inline constexpr std::string_view SInvalidGUID =
     "'{}' is not a valid GUID value; it looks like {{00112233-4455-6677-8899-AABBCCDDEEFF}}";
 inline constexpr std::string_view SAssignError = "Cannot assign a {} to a {}";

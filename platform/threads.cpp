@@ -81,6 +81,8 @@ bool TThread::GetFinished() const noexcept {
 void TThread::WaitFor() {
   if (IsCurrent()) FatalError("thread '" + FName + "' was made to wait for itself");
   if (!FRecord || !FRecord->Handle.joinable()) return;
+  if (!GetFinished() && IsActingFor(FRecord.get()))
+    FatalError("thread '" + FName + "' was to be waited for by what it has handed over");
   FCompletion->Ended.WaitUntil(NoDeadline);
   // A hand-off that was served meanwhile may have waited for the same thread.
   if (FRecord->Handle.joinable()) FRecord->Handle.join();

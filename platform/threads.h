@@ -84,13 +84,20 @@ TThreadId CurrentThreadId();
 /// for. Whoever does must not wait for the thread.
 bool IsActingFor(TThreadId AThread);
 
-/// Who is told when a thread of the library has failed and ended; the sender is the thread. Called
-/// on that thread. Empty by default: the failure then shows by what the thread's owner documents.
+/// Who is told when something has failed on a thread of the library. The sender is that thread or
+/// the object that it works for. Called on that thread; what the handler hands over to the main
+/// thread may disable components, but destroy nothing that would wait for the thread. Empty by
+/// default: the failure then shows by what the thread's owner documents.
 using TApplicationExceptionEvent = TMethod<void(TObject* ASender, const std::exception& AError)>;
 /// Any thread.
 void SetApplicationExceptionHandler(TApplicationExceptionEvent AHandler);
 /// Tells the handler.
 void HandleApplicationException(TObject* ASender, const std::exception& AError);
+/// The same with the exception that is being handled, whatever its class.
+void HandleCurrentException(TObject* ASender);
+/// Gives a body the exception that is being handled; one that is no `std::exception` becomes an
+/// `EGeneralError`.
+void WithCurrentException(const std::function<void(const std::exception&)>& ABody);
 
 /// Makes the calling thread the main thread. Only while no hand-off is waiting.
 void AdoptMainThread() noexcept;

@@ -26,12 +26,10 @@ bool TTrilateration::TThreadPositionCalculator::CalculateStep() {
   try {
     FThTTrilateration.RunStep(FBeaconsList, FNearestBeacons);
     return true;
-  } catch (const std::exception& Error) {
-    HandleApplicationException(this, Error);
   } catch (...) {
-    HandleApplicationException(this, EGeneralError("a position calculation failed"));
+    HandleCurrentException(this);
+    return false;
   }
-  return false;
 }
 
 bool TTrilateration::DoCalculateStep(const TFencingBeacons& ABeaconsList,

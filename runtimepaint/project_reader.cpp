@@ -47,6 +47,7 @@ TRef<Scene::TScene> ReadSceneOf(const TRef<Canvas::IBundle>& ABundle,
       Object, Ignored, Text, Creators, fmt::format("{}: {}", AFileName, Entry));
   TRef<Scene::TScene> Result(dynamic_cast<Scene::TScene*>(Object.Get()));
   if (!Result) throw EGeneralError(fmt::format(Messages::SNotAScene, AFileName));
+  Result->SetBundle(ABundle);  // a listener may have made a scene before this one was announced
   return Result;
 }
 

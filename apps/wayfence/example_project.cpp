@@ -57,6 +57,13 @@ void AddBeacons(TMapBuilder& AMap, const std::string& AName, int AMajor) {
   }
 }
 
+/// A way from a point of the path to a place in a room, and on to the wall: a position beyond the
+/// end of a path would be fitted to another one.
+void AddWay(TMapPath& APath, int AFrom, const TNamedPoint& APlace, const TNamedPoint& AWall) {
+  const auto Place = TMapBuilder::AddBranch(APath, AFrom, APlace);
+  TMapBuilder::AddBranch(APath, Place->GetControlPointIndex(), AWall);
+}
+
 void FurnishGroundFloor(TMapBuilder AMap) {
   AMap.SetPicture("ground.png",
                   DrawFloor({{6, 0, 13, 4.5F}, {13, 0, 20, 4.5F}, {6, 7.5F, 20, 12}},
@@ -80,18 +87,20 @@ void FurnishGroundFloor(TMapBuilder AMap) {
   AMap.AddPathZone("Workshop", Workshop)->SetFillColor(Rose);
   AddBeacons(AMap, "Ground", 1);
   AMap.AddEddystone("Reception desk", {3, 3}, Namespace, "000000000001");
+  AMap.AddEddystone("Coffee machine", {16.5F, 1}, Namespace, "000000000002");
   const auto Hall = AMap.AddPath("Hall",
-                                 {{"Entrance", {1, 6}},
+                                 {{"Entrance", {0, 6}},
                                   {"Lobby centre", {4, 6}},
                                   {"Meeting room door", {9.5F, 6}},
                                   {"Workshop door", {12.5F, 6}},
                                   {"Kitchen door", {16.5F, 6}},
-                                  {"Stairs, ground floor", {19, 6}}});
+                                  {"Stairs, ground floor", {19, 6}},
+                                  {"Side entrance", {20, 6}}});
   Describe(*TMapBuilder::GetNode(*Hall, 0), "category", "exit");
   TMapBuilder::AddBranch(*Hall, 1, {"Reception desk front", {3, 4.5F}});
-  TMapBuilder::AddBranch(*Hall, 2, {"Meeting table", {9.5F, 2.5F}});
-  TMapBuilder::AddBranch(*Hall, 3, {"Workbench", {12.5F, 10}});
-  TMapBuilder::AddBranch(*Hall, 4, {"Coffee machine", {16.5F, 2}});
+  AddWay(*Hall, 2, {"Meeting table", {9.5F, 2.5F}}, {"Meeting room window", {9.5F, 0}});
+  AddWay(*Hall, 3, {"Workbench", {12.5F, 10}}, {"Workshop window", {12.5F, Height}});
+  AddWay(*Hall, 4, {"Coffee machine", {16.5F, 2}}, {"Kitchen window", {16.5F, 0}});
 }
 
 void FurnishUpperFloor(TMapBuilder AMap) {
@@ -112,15 +121,17 @@ void FurnishUpperFloor(TMapBuilder AMap) {
   Describe(*Library, "quiet", "yes");
   AMap.AddCircularZone("Sofa", {17, 10}, 1.5F)->SetFillColor(Amber);
   AddBeacons(AMap, "Upper", 2);
+  AMap.AddEddystone("Bookshelf", {6.5F, 11}, Namespace, "000000000003");
   const auto Gallery = AMap.AddPath("Gallery",
-                                    {{"Stairs, upper floor", {19, 6}},
-                                     {"Laboratory door", {14.5F, 6}},
-                                     {"Library door", {6.5F, 6}},
+                                    {{"Window", {0, 6}},
                                      {"Office door", {4.5F, 6}},
-                                     {"Window", {1, 6}}});
-  TMapBuilder::AddBranch(*Gallery, 1, {"Microscope", {14.5F, 2}});
-  TMapBuilder::AddBranch(*Gallery, 2, {"Bookshelf", {6.5F, 10}});
-  TMapBuilder::AddBranch(*Gallery, 3, {"Desk", {4.5F, 2}});
+                                     {"Library door", {6.5F, 6}},
+                                     {"Laboratory door", {14.5F, 6}},
+                                     {"Stairs, upper floor", {19, 6}},
+                                     {"East window", {20, 6}}});
+  AddWay(*Gallery, 1, {"Desk", {4.5F, 2}}, {"Office window", {4.5F, 0}});
+  AddWay(*Gallery, 2, {"Bookshelf", {6.5F, 10}}, {"Library window", {6.5F, Height}});
+  AddWay(*Gallery, 3, {"Microscope", {14.5F, 2}}, {"Laboratory window", {14.5F, 0}});
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "apps/wayfence/project_commands.h"
 #include "apps/wayfence/source_command_line.h"
 #include "platform/errors.h"
+#include "platform/threads.h"
 
 namespace {
 
@@ -134,6 +135,9 @@ int Run(const std::function<int()>& ACommand) {
 }  // namespace
 
 int main(int ACount, char** AValues) {
+  System::SetApplicationExceptionHandler([](System::TObject*, const std::exception& AError) {
+    std::fprintf(stderr, "wayfence: %s\n", AError.what());
+  });
   CLI::App Program("Indoor positioning and geofencing with Bluetooth LE beacons.", "wayfence");
   Program.set_version_flag("--version", WAYFENCE_VERSION);
   Program.require_subcommand(1);

@@ -63,13 +63,20 @@ TSourceArguments SourceOf(const TMapArguments& AArguments) {
   return Result;
 }
 
+constexpr std::int64_t WindowTurnInMs = 50;
+
 /// Shows the live map until the source has ended, the window is closed or the program interrupted.
-void ShowUntilEnd(TBeaconMapFencing& AComponent, TWatchedSource& ASource) {
-  constexpr std::int64_t TurnInMs = 50;
+void ShowUntilEnd(TMapWindow& AWindow, TWatchedSource& ASource) {
   CatchInterrupts();
-  TMapWindow Window(AComponent.GetProjectInformation().ProjectName, AComponent);
-  while (TWindow::ProcessEvents(TurnInMs) && !ASource.GetEnded().IsSet() && !IsInterrupted())
-    Window.GetView().SetTime(ASource.GetSeconds());
+  while (TWindow::ProcessEvents(WindowTurnInMs) && !ASource.GetEnded().IsSet() && !IsInterrupted())
+    AWindow.GetView().SetTime(ASource.GetSeconds());
+}
+
+/// What a recording has come to stays to be looked at until the window is closed.
+void ShowUntilClosed(TMapWindow& AWindow) {
+  std::fflush(stdout);
+  AWindow.GetView().SetEnded();
+  while (TWindow::ProcessEvents(WindowTurnInMs) && !IsInterrupted()) continue;
 }
 
 TJsonLine StartedLine(const TMapArguments& AArguments, const TFencingProject& AProject) {
@@ -118,15 +125,19 @@ int RunMap(const TMapArguments& AArguments) {
   if (Source.IsLive()) std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   Print(StartedLine(AArguments, Component.GetProjectInformation()));
   Component.SetEnabled(true);
-  if (AArguments.Window)
-    ShowUntilEnd(Component, Source);
-  else
+  std::optional<TMapWindow> Window;
+  if (AArguments.Window) {
+    Window.emplace(Component.GetProjectInformation().ProjectName, Component);
+    ShowUntilEnd(*Window, Source);
+  } else {
     WaitForEnd(Session.Run);
+  }
   const double Seconds = Source.GetSeconds();
   Component.SetEnabled(false);
   Events.TellMapChange();
   Print(FinishedLine(Component, Seconds));
   if (Recording) Recording->Close();
+  if (Window && Source.GetEnded().IsSet()) ShowUntilClosed(*Window);
   Source.ReportProblems();
   Source.RaiseError();
   if (!HasEstimate) WarnOfNoEstimate(Session);

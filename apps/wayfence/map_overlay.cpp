@@ -22,7 +22,13 @@ constexpr std::string_view Keys =
     "Z\n"
     "P\n"
     "H\n"
-    "Esc";
+    "Esc\n"
+    "\n"
+    "black, violet disc\n"
+    "other discs\n"
+    "\n"
+    "squares\n"
+    "green line";
 constexpr std::string_view Meanings =
     "floor\n"
     "turn\n"
@@ -34,7 +40,13 @@ constexpr std::string_view Meanings =
     "zones\n"
     "paths\n"
     "this help\n"
-    "close";
+    "close\n"
+    "\n"
+    "position, and on the path\n"
+    "beacons: green, yellow, orange, red the\n"
+    "further away; white: not heard yet\n"
+    "places on paths\n"
+    "the way to go";
 
 /// A sheet to write on.
 void DrawPaper(TDrawing& ADrawing, const TRectF& ARect) {

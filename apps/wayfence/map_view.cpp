@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 #include <utility>
@@ -26,6 +27,9 @@ constexpr float PartOfAPress = 0.1F;  // of the control's size
 // How much of a map's size is seen at least and at most.
 constexpr float LeastSeen = 0.01F;
 constexpr float MostSeen = 10.0F;
+/// Of the device's position.
+constexpr std::array Markers{TFencingMapOption::ShowPosition,
+                             TFencingMapOption::ShowPositionInPath};
 
 TBeaconFencingMapPainter* PainterOf(const TCustomBeaconMapFencing& AMap) {
   auto* const Result = dynamic_cast<TBeaconFencingMapPainter*>(&AMap.GetRuntimeMap());
@@ -43,6 +47,11 @@ std::string ZonesAt(const TCustomBeaconMapFencing& AMap, const TFencingMap& AFlo
   for (const TRef<IDesignZone>& Zone : AFloor.GetZonesOverPoint(ToMap(At)))
     Result += (Result.empty() ? "" : ", ") + Zone->GetName();
   return Result;
+}
+
+std::string NameOf(const TFencingProject& AProject, std::int32_t AFloor) {
+  const auto Index = static_cast<std::size_t>(AFloor);
+  return Index < AProject.Maps.GetLength() ? AProject.Maps[Index].Map->GetName() : std::string();
 }
 
 std::string TimeText(double ASeconds) {
@@ -79,15 +88,19 @@ std::string TMapView::GetStatus() const {
   const auto Index = static_cast<std::size_t>(std::max(0, FMap.GetMapIndex()));
   if (Index >= Project.Maps.GetLength()) return "no map";
   const TFencingMap& Floor = Project.Maps[Index];
+  const std::string& Name = Floor.Map->GetName();
   const std::string Zones = ZonesAt(FMap, Floor);
-  return fmt::format("{}   {}   {}{}H: help",
-                     TimeText(FSeconds),
-                     Floor.Map->GetName(),
-                     Zones,
-                     Zones.empty() ? "" : "   ");
+  return fmt::format(
+      "{}{}   {}   {}{}H: help",
+      TimeText(FSeconds),
+      FHasEnded ? ", the end" : "",
+      FLook ? fmt::format("{} (the device: {})", NameOf(Project, FLook->Floor), Name) : Name,
+      Zones,
+      Zones.empty() ? "" : "   ");
 }
 
 void TMapView::Refresh() {
+  if (FLook && FMap.GetMapIndex() != FLook->DeviceFloor) FollowDevice();
   std::string Status = GetStatus();
   if (Status == FStatus) return;
   FStatus = std::move(Status);
@@ -114,9 +127,9 @@ void TMapView::KeyDown(TObject*, const TKeyPress& AKey) {
 
 bool TMapView::ChangedFloor(const std::string& AKey) {
   if (AKey == "PageUp")
-    ShowFloor(FMap.GetMapIndex() + 1);
+    ShowFloor(GetFloor() + 1);
   else if (AKey == "PageDown")
-    ShowFloor(FMap.GetMapIndex() - 1);
+    ShowFloor(GetFloor() - 1);
   else if (AKey.size() == 1 && AKey[0] >= '1' && AKey[0] <= '9')
     ShowFloor(AKey[0] - '1');
   else
@@ -187,7 +200,31 @@ void TMapView::PointerMove(TObject*, const TPointF& APoint, bool ADragged) {
 
 void TMapView::ShowFloor(std::int32_t AIndex) {
   const auto Count = static_cast<std::int32_t>(FMap.GetProjectInformation().Maps.GetLength());
-  if (AIndex >= 0 && AIndex < Count) FMap.SetMapIndex(AIndex);
+  if (AIndex < 0 || AIndex >= Count) return;
+  FollowDevice();
+  if (AIndex != FMap.GetMapIndex()) LookAt(AIndex);
+}
+
+void TMapView::LookAt(std::int32_t AIndex) {
+  TFencingMapOptions Options = FMap.GetMapOptions();
+  FLook = {.Floor = AIndex, .DeviceFloor = FMap.GetMapIndex(), .Hidden = {}};
+  for (const TFencingMapOption Marker : Markers) {
+    if (!Options.Contains(Marker)) continue;
+    Options.Exclude(Marker);
+    FLook->Hidden.Include(Marker);
+  }
+  FMap.SetMapOptions(Options);
+  FPainter->SetMapIndex(AIndex);
+}
+
+void TMapView::FollowDevice() {
+  if (!FLook) return;
+  TFencingMapOptions Options = FMap.GetMapOptions();
+  for (const TFencingMapOption Marker : Markers)
+    if (FLook->Hidden.Contains(Marker)) Options.Include(Marker);
+  FLook.reset();
+  FMap.SetMapOptions(Options);
+  if (!FMap.GetProjectInformation().Maps.IsEmpty()) FPainter->SetMapIndex(FMap.GetMapIndex());
 }
 
 /// Turns the view, and fits the floor in.

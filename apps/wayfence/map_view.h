@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -12,7 +13,9 @@
 namespace Wayfence {
 
 /// Shows a map component on a control: the wheel zooms, dragging moves the map, keys change floors,
-/// the view and what is shown. A line of text tells where one is; H shows what the keys do.
+/// the view and what is shown. Another floor than the device's is only looked at, without the
+/// markers of its position, until the device changes floors. A line of text tells where one is; H
+/// shows what the keys do.
 ///
 /// Takes the handlers of the control, and the paint control and handler of the component, which
 /// shows its project with a `TBeaconFencingMapPainter`. Both must outlive the view. Main thread.
@@ -27,6 +30,8 @@ class TMapView final : public System::TObject {
   void SetOnEscape(System::TNotifyEvent AValue) { FOnEscape = std::move(AValue); }
   /// Seconds since the beginning, for the line of text.
   void SetTime(double ASeconds) { FSeconds = ASeconds; }
+  /// The line of text says that nothing more will come.
+  void SetEnded() { FHasEnded = true; }
   /// Brings the line of text up to date.
   void Refresh();
   /// Floor, zones and time.
@@ -43,6 +48,10 @@ class TMapView final : public System::TObject {
   void Painted(System::TObject* ASender, System::TDrawing* ADrawing, const System::TRectF& ARect);
 
   void ShowFloor(std::int32_t AIndex);
+  void LookAt(std::int32_t AIndex);
+  void FollowDevice();
+  /// The floor that is shown.
+  std::int32_t GetFloor() const { return FLook ? FLook->Floor : FMap.GetMapIndex(); }
   void Turn(std::int32_t ADegrees);
   /// Shows so much less of the map; what is at the point stays there.
   void Zoom(const System::TPointF& APoint, float AFactor);
@@ -53,7 +62,16 @@ class TMapView final : public System::TObject {
   System::TControl& FControl;
   System::Beacon::Fencing::TCustomBeaconMapFencing& FMap;
   System::Beacon::Fencing::TBeaconFencingMapPainter* const FPainter;
+  /// A look at a floor where the device is not.
+  struct TLook {
+    std::int32_t Floor = 0;
+    std::int32_t DeviceFloor = 0;
+    System::Beacon::Fencing::TFencingMapOptions Hidden;  // markers
+  };
+
   System::TNotifyEvent FOnEscape;
+  std::optional<TLook> FLook;
+  bool FHasEnded = false;
   double FSeconds = 0.0;
   bool FIsHelpShown = false;
   System::TPointF FLastPoint;  // of the pointer

@@ -283,7 +283,8 @@ class TBeaconManager : public TObject {
   void SetOnEddystoneTLM(TEddystoneTLMEvent AValue);
   /// Called for every frame that a region accepts, after the sighting was updated.
   void SetOnSighting(TSightingEvent AValue);
-  /// Called when the source has failed for good and scanning has ended.
+  /// Called when the source has failed for good; without a handler the process's exception handler
+  /// is told. Scanning has ended; beacons that are present are lost after their time.
   void SetOnScanError(TScanErrorEvent AValue);
   /// Called for every strength of a beacon whose power is known.
   void SetOnCalcDistance(TCalcDistanceEvent AValue);
@@ -295,6 +296,9 @@ class TBeaconManager : public TObject {
   class TReporter;
 
   void Report(TThread& AThread);
+  void ReportSource(TThread& AThread);
+  void TellFailure(TThread& AThread);
+  void LoseBeacons(TThread& AThread);
   void UpdateSettings(std::uint64_t& ASeenVersion, TSettings& ASettings);
   bool IsOpenWindow(TTicks ATicks, const TSettings& ASettings) const;
   template <class T>
@@ -307,6 +311,8 @@ class TBeaconManager : public TObject {
   const TBeaconScanMode FScanMode;
   TRef<IAdvertisementSource> FSource;
   std::shared_ptr<TReportingThread> FThread;  // kept by whoever waits for it, too
+  std::atomic<bool> FHasFailed{false};
+  TEvent FStopped{"the end of a scan whose source has failed"};
   TTicks FScanStart = 0;
 
   TScanStatistics FStatisticsAtStart;

@@ -81,7 +81,8 @@ class TBeaconManager::TReporter final : public ITrackerListener {
     Call(&THandlers::CalcDistance, ABeacon, ATxPower, ARssi, ADistance);
   }
 
-  void ScanFailed(const std::string& AMessage) { Call(&THandlers::ScanError, AMessage); }
+  /// False when there is no handler.
+  bool ScanFailed(const std::string& AMessage) { return Call(&THandlers::ScanError, AMessage); }
 
   struct {
     std::atomic<bool> Sightings{false}, Distances{false};
@@ -89,7 +90,7 @@ class TBeaconManager::TReporter final : public ITrackerListener {
 
  private:
   template <class TSlot, class... TArguments>
-  void Call(TSlot THandlers::*ASlot, TArguments&&... AArguments) {
+  bool Call(TSlot THandlers::*ASlot, TArguments&&... AArguments) {
     TSlot Handler;
     {
       const std::lock_guard Guard(FManager.FLock);
@@ -97,6 +98,7 @@ class TBeaconManager::TReporter final : public ITrackerListener {
     }
     if (Handler && !FManager.FThread->GetTerminated())
       Handler(&FManager, std::forward<TArguments>(AArguments)...);
+    return static_cast<bool>(Handler);
   }
 
   TBeaconManager& FManager;
@@ -127,11 +129,13 @@ void TBeaconManager::SetSource(TRef<IAdvertisementSource> ASource) {
 // ---------------------------------------------------------------- scanning
 
 void TBeaconManager::StartScan() {
-  if (FThread && !FThread->GetTerminated() && !FThread->GetFinished()) return;
+  if (IsScanning()) return;
   StopScan();
   if (!FSource)
     throw EBeaconSourceError("there is nothing to scan: give the beacon manager a source");
   FSource->Open();
+  FHasFailed.store(false);
+  FStopped.ResetEvent();
   FScanStart = Ticks();
   FStatisticsAtStart = FTracker->GetStatistics();
   FThread = std::make_shared<TReportingThread>(*this);
@@ -158,29 +162,55 @@ void TBeaconManager::StopScan() {
 void TBeaconManager::StopScanLater() noexcept {
   if (!FThread) return;
   FThread->Terminate();
+  FStopped.SetEvent();
   FSource->Interrupt();
 }
 
 bool TBeaconManager::IsScanning() const noexcept {
-  return FThread && !FThread->GetTerminated() && !FThread->GetFinished();
+  return FThread && !FHasFailed.load() && !FThread->GetTerminated() && !FThread->GetFinished();
 }
 
 void TBeaconManager::Report(TThread& AThread) {
+  try {
+    ReportSource(AThread);
+  } catch (...) {
+    FHasFailed.store(true);
+    TellFailure(AThread);
+    LoseBeacons(AThread);
+  }
+}
+
+void TBeaconManager::ReportSource(TThread& AThread) {
   std::uint64_t SeenVersion = ~std::uint64_t{0};
   TSettings Settings;
   TAdvertisement Advertisement;
+  while (!AThread.GetTerminated()) {
+    const TSourceResult Result = FSource->Next(Advertisement, FTracker->GetNextDeadline());
+    UpdateSettings(SeenVersion, Settings);
+    const TTicks Now = Ticks();
+    FTracker->Expire(Now);
+    if (Result == TSourceResult::Finished) return;
+    if (Result == TSourceResult::Advertisement && IsOpenWindow(Now, Settings))
+      FTracker->Process(Advertisement, Now);
+  }
+}
+
+void TBeaconManager::TellFailure(TThread& AThread) {
+  if (AThread.GetTerminated()) return;
+  WithCurrentException([&](const std::exception& AError) {
+    if (!FReporter->ScanFailed(AError.what())) HandleApplicationException(&AThread, AError);
+  });
+}
+
+/// Whoever works with the beacons' last distances is told that they are gone.
+void TBeaconManager::LoseBeacons(TThread& AThread) {
   try {
-    while (!AThread.GetTerminated()) {
-      const TSourceResult Result = FSource->Next(Advertisement, FTracker->GetNextDeadline());
-      UpdateSettings(SeenVersion, Settings);
-      const TTicks Now = Ticks();
-      FTracker->Expire(Now);
-      if (Result == TSourceResult::Finished) return;
-      if (Result == TSourceResult::Advertisement && IsOpenWindow(Now, Settings))
-        FTracker->Process(Advertisement, Now);
+    while (!AThread.GetTerminated() && FTracker->GetPresentCount() > 0) {
+      FStopped.WaitUntil(FTracker->GetNextDeadline());
+      FTracker->Expire(Ticks());
     }
-  } catch (const std::exception& Error) {
-    FReporter->ScanFailed(Error.what());
+  } catch (...) {
+    TellFailure(AThread);
   }
 }
 

@@ -79,9 +79,14 @@ TEST(MapView, KeysChooseFloorsAndWhatIsShown) {
                                    TCase{"2", 1},
                                    TCase{"9", 1}}) {
     Viewed.Press(Key);
-    EXPECT_EQ(Viewed.Map.GetMapIndex(), Floor) << Key;
+    EXPECT_EQ(Viewed.Map.GetRuntimeMap().GetProjectInformation().CurrentMapIndex, Floor) << Key;
+    EXPECT_EQ(Viewed.Map.GetMapIndex(), 0) << "the device stays where it is";
   }
-  EXPECT_EQ(Viewed.View.GetStatus(), "0:00:00   Upper floor   H: help");
+  const std::string Rest = "   H: help", Look = "0:00:00   Upper floor (the device: Ground floor)";
+  EXPECT_EQ(Viewed.View.GetStatus(), Look + Rest);
+  Viewed.Map.SetMapIndex(1);
+  Viewed.View.Refresh();
+  EXPECT_EQ(Viewed.View.GetStatus(), "0:00:00   Upper floor" + Rest);
   const TFencingMapOptions Before = Viewed.Map.GetMapOptions();
   for (const char* Key : {"B", "S", "Z", "P"}) Viewed.Press(Key);
   EXPECT_EQ(Viewed.Map.GetMapOptions(), TFencingMapOptions{TFencingMapOption::ShowBeaconSignal});

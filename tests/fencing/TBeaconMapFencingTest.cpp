@@ -51,7 +51,10 @@ TSourceStep Heard(int AMinor, int ARssi = -59, int AMilliseconds = 100) {
 
 /// A component with the project "office" on a script of advertisements, and all that it tells.
 struct TLive {
-  explicit TLive(std::vector<TSourceStep> ASteps = {}, const char* AText = "office") {
+  explicit TLive(std::vector<TSourceStep> ASteps = {},
+                 const char* AText = "office",
+                 std::uint64_t ASeed = 1)
+      : Simulation({.Seed = ASeed}) {
     TFakeRuntimeMap::Projects["office"] = &Office;
     TFakeRuntimeMap::Projects["other"] = &Office;
     TFakeRuntimeMap::Projects["empty"] = [] { return TFencingProject(); };
@@ -336,22 +339,28 @@ TEST(TBeaconMapFencing, MayBeStoppedStartedAndGivenAnotherProjectInsideItsHandle
 }
 
 TEST(TBeaconMapFencing, DoesWhatWasAskedForInsideTheTimersOwnCall) {
-  for (const char* const Request : {"stop", "restart", "load", "stop at once"}) {
+  for (const std::string Request :
+       {"stop", "restart", "load", "stop at once", "restart and raise", "raise and stop"}) {
     TLive Live(Repeated({Heard(1)}, 40));
     TFakeCalculator::Path.assign(10, {1000, 1500});
     int Calls = 0;
+    SetApplicationExceptionHandler([&](auto&&...) {
+      if (Request == "raise and stop") Live.Component->SetEnabled(false);
+    });
     Live.Component->SetOnCalcPosition([&](auto&&...) {
       if (Calls++ > 0) return;
-      const std::string What = Request;
-      if (What == "stop at once") return Live.Component->SetEnabled(false);
+      if (Request == "stop at once") return Live.Component->SetEnabled(false);
+      if (Request == "raise and stop") throw EGeneralError(Request);
       TThread::Synchronize([&] {
-        if (What == "load") return Live.Component->SetXMLMap("other");
+        if (Request == "load") return Live.Component->SetXMLMap("other");
         Live.Component->SetEnabled(false);
-        if (What == "restart") Live.Component->SetEnabled(true);
+        if (Request != "stop") Live.Component->SetEnabled(true);
       });
+      if (Request == "restart and raise") throw EGeneralError(Request);
     });
-    const bool IsOn = std::string(Request) == "restart" || std::string(Request) == "load";
+    const bool IsOn = Request.starts_with("restart") || Request == "load";
     const std::string Events = Live.Run(3000);
+    SetApplicationExceptionHandler({});
     EXPECT_EQ(Live.Component->GetEnabled(), IsOn) << Request;
     EXPECT_EQ(Events.find("in A") != std::string::npos, IsOn) << Request << ": " << Events;
     EXPECT_EQ(Calls > 1, IsOn) << Request;
@@ -365,18 +374,19 @@ TEST(TBeaconMapFencing, FollowsTheLastOfRequestsThatCrossWhileItStarts) {
   // Hand-offs of another thread are served while the old project is freed and while threads end.
   for (std::uint64_t Seed = 1; Seed <= 40; ++Seed)
     for (const bool IsOn : {false, true}) {
-      TLive Live(Repeated({Heard(1)}, 100));
+      TLive Live(Repeated({Heard(1)}, 100), "office", Seed);
       Live.Component->SetEnabled(true);
-      const auto Other = TThread::CreateAnonymousThread([&] {
-        TThread::Synchronize([&] {
-          Live.Component->SetEnabled(!IsOn);
-          Live.Component->SetEnabled(IsOn);
-        });
-      });
-      Other->Start();
+      const auto Ask = [&](bool AValue) {
+        auto Result = TThread::CreateAnonymousThread(
+            [&Live, AValue] { TThread::Synchronize([&] { Live.Component->SetEnabled(AValue); }); });
+        Result->Start();
+        return Result;
+      };
+      const auto Other = Ask(!IsOn), Another = Ask(IsOn);
       Live.Component->SetXmlData("other");
       Live.Component->StartProcess();
       Other->WaitFor();
+      Another->WaitFor();
       Live.Component->SetEnabled(IsOn);
       Live.Take();
       TFakeCalculator::Path.assign(1, {1000, 1500});

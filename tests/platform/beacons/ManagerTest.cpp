@@ -191,13 +191,15 @@ TEST_F(Manager, SourcesAreClosedWhateverTheyEndWith) {
   Sleep(1'000);
   EXPECT_EQ(Take(), "0 enter 1 of 1; 1000 enter 2 of 1; 1000 error the radio is gone; ");
   EXPECT_FALSE(FManager.IsScanning());
+  Sleep(30'000);
+  EXPECT_EQ(Take(), "6000 proximity 2 4; 21000 exit 2; ") << "what was present is not there for ever";
 
   FManager.SetSource(Refusing);
   EXPECT_EQ(Failing->OpenCount, 0);
   EXPECT_EQ(Raised<EBeaconSourceError>([&] { FManager.StartScan(); }), "no adapter");
   EXPECT_FALSE(FManager.IsScanning());
   Play({Step(0, 3)});
-  EXPECT_EQ(Take(), "2000 enter 3 of 1; ");
+  EXPECT_EQ(Take(), "32000 enter 3 of 1; ");
 }
 
 TEST_F(Manager, ScanningWindowsDropWhatComesWhileTheySleep) {
