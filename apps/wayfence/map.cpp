@@ -34,6 +34,7 @@ class TFrames {
                  static_cast<float>(AArguments.FrameSize.second)) {
     std::filesystem::create_directories(FDirectory);
     FComponent.SetPaintControl(&FControl);
+    FComponent.SetRotation(0);  // fits the floor in
   }
   ~TFrames() { FComponent.SetPaintControl(nullptr); }
   TFrames(const TFrames&) = delete;

@@ -69,6 +69,7 @@ TMapView::TMapView(TControl& AControl, TCustomBeaconMapFencing& AMap)
   FControl.SetOnPointerMove(Bind<&TMapView::PointerMove>(this));
   FMap.SetOnPaint(Bind<&TMapView::Painted>(this));
   FMap.SetPaintControl(&FControl);
+  if (HasProject()) FMap.SetRotation(0);  // fits the floor in
   Refresh();
 }
 
