@@ -68,7 +68,7 @@ TEST_F(EvaluateProject, PassesOverALongSilence) {
     EXPECT_EQ(Outcome.Output, Expected) << Recording;
     EXPECT_EQ(
         Outcome.Messages,
-        "wayfence: the recording is silent for 472222.2 hours after 79.246 s; that was passed "
+        "wayfence: the recording is silent for 472222.2 hours after 80.885 s; that was passed "
         "over\n");
     const std::string Map = OutputOf("map office.xml --source " + Recording);
     EXPECT_NE(Map.find("{\"time\": 1699999999.998, \"event\": \"Finished\""), std::string::npos);
@@ -78,7 +78,7 @@ TEST_F(EvaluateProject, PassesOverALongSilence) {
 
 TEST_F(EvaluateProject, SaysWhyNothingComesOfARun) {
   ReplaceFile(Path("other.log"), LogLine(0, 9, -60, iBeaconPayload(TGUID(), 1, 1)));
-  ReplaceFile(Path("seven.json"), R"({"ParticleFilterOptions": {"BeaconsToUse": 7}})");
+  ReplaceFile(Path("eight.json"), R"({"ParticleFilterOptions": {"BeaconsToUse": 8}})");
   const std::string Project = ReadWholeFile(Path("office.xml"), 1 << 24);
   std::string Lost = Project;
   Lost.replace(Lost.find("\"ground.png\""), 12, "\"lost.png\"");
@@ -90,9 +90,9 @@ TEST_F(EvaluateProject, SaysWhyNothingComesOfARun) {
   for (const TCase& C :
        {TCase{"office.xml --source walk.log", ""},
         TCase{"office.xml --source other.log", "none of the 1 advertisements came from a beacon"},
-        TCase{"office.xml --source walk.log --component seven.json",
-              "a position takes 7 beacons (BeaconsToUse), and fewer are used for positions here: "
-              "'Upper floor' has 6\n"},
+        TCase{"office.xml --source walk.log --component eight.json",
+              "a position takes 8 beacons (BeaconsToUse), and fewer are used for positions here: "
+              "'Upper floor' has 7\n"},
         TCase{"lost.xml --source walk.log",
               "Ground floor: its picture 'ground.png' is not in the bundle; add the file\n"}})
     for (const char* Command : {"map ", "evaluate --truth walk.truth.csv "}) {
