@@ -87,7 +87,7 @@ std::string TBundle::GetIdMapFilePath() const {
 
 void TBundle::GenerateTableWithNewPath(const std::string& APath, const std::string& AnId) {
   const std::string Table = GetTableWith(APath, AnId);
-  if (FIsDirectory) ReplaceFile(GetIdMapFilePath(), Table);
+  if (FIsDirectory) ReplacePlainFile(GetIdMapFilePath(), Table);
 }
 
 std::string TBundle::GetTableWith(const std::string& APath, const std::string& AnId) const {
@@ -188,8 +188,8 @@ void TBundle::StoreInMemory(std::vector<TNewFile> AFiles) {
 
 void TBundle::StoreInDirectory(const TNewFile& AFile) {
   const std::string Table = GetTableWith(AFile.Path, AFile.Id);
-  ReplaceFile(FWorkingPath + AFile.Id, AFile.Bytes);
-  ReplaceFile(GetIdMapFilePath(), Table);
+  ReplacePlainFile(FWorkingPath + AFile.Id, AFile.Bytes);
+  ReplacePlainFile(GetIdMapFilePath(), Table);
   DropContent(AFile.Id);
   Register(AFile.Path, AFile.Id);
 }

@@ -8,8 +8,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <istream>
 #include <memory>
+#include <system_error>
 
 #include "platform/errors.h"
 #include "platform/messages.h"
@@ -52,6 +54,16 @@ TFile MakeScratchFile(const std::string& APath, std::string& AScratch) {
   return Result;
 }
 
+/// Writes to what is there, whatever it is.
+void WriteInto(const std::string& APath, std::string_view AContents) {
+  TFile File(std::fopen(APath.c_str(), "wbe"), &std::fclose);
+  if (!File) RaiseFileError(APath, "the file cannot be written");
+  const bool IsWritten =
+      std::fwrite(AContents.data(), 1, AContents.size(), File.get()) == AContents.size();
+  if (std::fclose(File.release()) != 0 || !IsWritten)
+    RaiseFileError(APath, "the file cannot be written");
+}
+
 }  // namespace
 
 std::string ReadWholeFile(const std::string& APath, std::size_t AMaxSize) {
@@ -83,7 +95,30 @@ std::string ReadWholeStream(std::istream& AStream, const std::string& AName, std
   return Result;
 }
 
+std::string FollowLinks(const std::string& APath) {
+  namespace fs = std::filesystem;
+  constexpr int MaxLinks = 40;
+  fs::path Result(APath);
+  std::error_code Error;
+  for (int I = 0; I < MaxLinks; ++I) {
+    if (!fs::is_symlink(Result, Error)) return Result.string();
+    const fs::path Target = fs::read_symlink(Result, Error);
+    if (Error) break;
+    Result = Result.parent_path() / Target;
+  }
+  errno = ELOOP;
+  RaiseFileError(APath, "the file cannot be opened");
+}
+
 void ReplaceFile(const std::string& APath, std::string_view AContents) {
+  struct stat Status {};
+  const bool IsThere = stat(APath.c_str(), &Status) == 0;
+  if (IsThere && !S_ISREG(Status.st_mode) && !S_ISDIR(Status.st_mode))
+    return WriteInto(APath, AContents);
+  ReplacePlainFile(FollowLinks(APath), AContents);
+}
+
+void ReplacePlainFile(const std::string& APath, std::string_view AContents) {
   std::string Scratch;
   TFile File = MakeScratchFile(APath, Scratch);
   if (!File) RaiseFileError(APath, "the file cannot be written");

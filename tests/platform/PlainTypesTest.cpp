@@ -1,6 +1,9 @@
 // GUIDs, colours, handlers, shared arrays, files.
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -103,6 +106,30 @@ TEST(Files, AreReadAndReplacedWhole) {
   EXPECT_EQ(Raised<EFileError>([&] { ReplaceFile(Path + "/x", ""); }),
             Path + "/x: the file cannot be written: Not a directory");
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(Folder), {}), 1);
+  std::filesystem::remove_all(Folder);
+}
+
+TEST(Files, ThatAreReplacedKeepLinksAndPipes) {
+  const std::filesystem::path Folder = std::filesystem::path(testing::TempDir()) / "wayfence-links";
+  std::filesystem::create_directories(Folder);
+  const std::string Path = Folder / "file";
+  const auto IsLink = [](const std::string& A) { return std::filesystem::is_symlink(A); };
+  for (const auto& [Target, Link] : {std::pair{"file", "l"}, {"new", "m"}, {"l", "n"}, {"o", "o"}})
+    std::filesystem::create_symlink(Target, Folder / Link);
+  for (const char* Link : {"m", "n"}) ReplaceFile(Folder / Link, Link);
+  EXPECT_EQ(ReadWholeFile(Path, 9) + ReadWholeFile(Folder / "new", 9), "nm");
+  EXPECT_TRUE(IsLink(Folder / "l") && IsLink(Folder / "m") && IsLink(Folder / "n"));
+  EXPECT_THROW(ReplaceFile(Folder / "o", ""), EFileError);
+  ReplacePlainFile(Folder / "n", "plain");
+  EXPECT_EQ(ReadWholeFile(Path, 9) + ReadPlainFile(Folder / "n", 9), "nplain");
+
+  ASSERT_EQ(mkfifo((Folder / "pipe").c_str(), 0600), 0);
+  const int Pipe = open((Folder / "pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  ReplaceFile(Folder / "pipe", "through");
+  char Read[8] = {};
+  EXPECT_EQ(read(Pipe, Read, sizeof Read), 7);
+  close(Pipe);
+  EXPECT_TRUE(std::filesystem::is_fifo(Folder / "pipe"));
   std::filesystem::remove_all(Folder);
 }
 
