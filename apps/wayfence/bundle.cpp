@@ -7,6 +7,7 @@
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/json_line.h"
+#include "apps/wayfence/output_files.h"
 #include "apps/wayfence/project_file.h"
 #include "platform/errors.h"
 #include "platform/files.h"
@@ -56,9 +57,7 @@ struct TUnpacked {
 void RequireRoom(const fs::path& APlace, bool AOverwrite) {
   if (fs::is_directory(APlace))
     throw EFileError(fmt::format("{}: a folder stands there already", APlace.string()));
-  if (fs::exists(APlace) && !AOverwrite)
-    throw EFileError(
-        fmt::format("{}: the file is there already; --overwrite replaces it", APlace.string()));
+  CheckOverwrite({APlace.string()}, AOverwrite);
 }
 
 /// Every folder on the way to a file is one, or can be made.
@@ -84,15 +83,17 @@ std::vector<TUnpacked> Unpack(TBundle& ABundle, const TBundleArguments& AArgumen
       throw EFileError(fmt::format("'{}' and another path name the same file", Path));
   }
   for (const TUnpacked& File : Result) RequireFolders(Directory, File.Place, Places);
+  CheckOutputs({Places.begin(), Places.end()}, {AArguments.Bundle});
   return Result;
 }
 
 }  // namespace
 
 int RunBundleCreate(const TBundleArguments& AArguments) {
-  if (fs::exists(AArguments.Bundle) && !AArguments.Overwrite)
-    throw EFileError(
-        fmt::format("{}: the file is there already; --overwrite replaces it", AArguments.Bundle));
+  std::vector<std::string> Inputs = AArguments.Files;
+  Inputs.push_back(AArguments.SceneFile);
+  CheckOutputs({AArguments.Bundle}, Inputs);
+  CheckOverwrite({AArguments.Bundle}, AArguments.Overwrite);
   const TRef<TBundle> Bundle = New<TBundle>(nullptr);
   AddFiles(*Bundle, AArguments);
   Save(*Bundle, AArguments.Bundle);
@@ -114,7 +115,7 @@ int RunBundleExtract(const TBundleArguments& AArguments) {
   const TRef<TBundle> Bundle = OpenBundle(AArguments.Bundle);
   for (const TUnpacked& File : Unpack(*Bundle, AArguments)) {
     fs::create_directories(File.Place.parent_path());
-    ReplaceFile(File.Place.string(), File.Bytes);
+    ReplacePlainFile(File.Place.string(), File.Bytes);
   }
   return ExitDone;
 }

@@ -8,6 +8,7 @@
 #include "apps/wayfence/evaluation_picture.h"
 #include "apps/wayfence/map_route.h"
 #include "apps/wayfence/map_session.h"
+#include "apps/wayfence/output_files.h"
 #include "apps/wayfence/project_comparison.h"
 #include "apps/wayfence/run_warnings.h"
 #include "platform/errors.h"
@@ -60,6 +61,11 @@ void WarnOfRun(const TMapSession& ASession,
 }  // namespace
 
 int EvaluateProject(const TEvaluateArguments& AArguments) {
+  CheckOutputs({AArguments.PictureFile},
+               {AArguments.Project,
+                FileOf(AArguments.From),
+                AArguments.ComponentFile,
+                AArguments.TruthFile});
   TMapSession Session(AArguments.From, AArguments.Project, AArguments.ComponentFile);
   RefuseRadio(Session.Run, AArguments.From);
   const TTruth Truth =

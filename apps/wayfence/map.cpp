@@ -11,6 +11,7 @@
 #include "apps/wayfence/map_route.h"
 #include "apps/wayfence/map_session.h"
 #include "apps/wayfence/map_window.h"
+#include "apps/wayfence/output_files.h"
 #include "apps/wayfence/run_recording.h"
 #include "apps/wayfence/run_warnings.h"
 #include "platform/controls/offscreen_control.h"
@@ -99,6 +100,11 @@ TJsonLine FinishedLine(const TBeaconMapFencing& AComponent, double ASeconds) {
 }  // namespace
 
 int RunMap(const TMapArguments& AArguments) {
+  CheckOutputs({AArguments.RunFile},
+               {AArguments.Project,
+                FileOf(AArguments.From),
+                AArguments.ComponentFile,
+                AArguments.TruthFile});
   TMapSession Session(SourceOf(AArguments), AArguments.Project, AArguments.ComponentFile);
   TBeaconMapFencing& Component = Session.Component;
   TWatchedSource& Source = *Session.Run.Source;

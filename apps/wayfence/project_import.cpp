@@ -12,6 +12,7 @@
 #include "apps/wayfence/import_geojson.h"
 #include "apps/wayfence/import_place.h"
 #include "apps/wayfence/import_project.h"
+#include "apps/wayfence/output_files.h"
 #include "persistence/json_tree.h"
 #include "platform/errors.h"
 #include "platform/files.h"
@@ -24,6 +25,14 @@ namespace {
 
 std::string StemOf(const std::string& AFile) {
   return std::filesystem::path(AFile).stem().string();
+}
+
+std::vector<std::string> InputsOf(const TProjectImportArguments& AArguments) {
+  std::vector<std::string> Result = AArguments.GeoJsonFiles;
+  Result.push_back(AArguments.BeaconFile);
+  for (const std::string& Picture : AArguments.Pictures)
+    if (Picture != "-") Result.push_back(Picture);
+  return Result;
 }
 
 TPlacing PlacingOf(const TProjectImportArguments& AArguments) {
@@ -104,9 +113,8 @@ void PrintSummary(const std::string& AFile, const TImportedFloors& AFloors) {
 }  // namespace
 
 int RunProjectImport(const TProjectImportArguments& AArguments) {
-  if (std::filesystem::exists(AArguments.File) && !AArguments.Overwrite)
-    throw EFileError(
-        fmt::format("{}: the file is there already; --overwrite replaces it", AArguments.File));
+  CheckOutputs({AArguments.File}, InputsOf(AArguments));
+  CheckOverwrite({AArguments.File}, AArguments.Overwrite);
   TWarnings Warnings;
   TImportedFloors Floors = ReadAll(AArguments, Warnings);
   KeepFirstBeacons(Floors, Warnings);

@@ -6,7 +6,7 @@
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/example_project.h"
-#include "platform/errors.h"
+#include "apps/wayfence/output_files.h"
 #include "platform/files.h"
 
 namespace Wayfence {
@@ -16,9 +16,7 @@ using namespace System;
 int RunProjectNew(const TProjectNewArguments& AArguments) {
   namespace fs = std::filesystem;
   const std::string Walk = fs::path(AArguments.File).replace_extension(".walk.json").string();
-  for (const std::string& File : {AArguments.File, Walk})
-    if (fs::exists(File) && !AArguments.Overwrite)
-      throw EFileError(fmt::format("{}: the file is there already; --overwrite replaces it", File));
+  CheckOverwrite({AArguments.File, Walk}, AArguments.Overwrite);
   MakeExampleProject().Save(AArguments.File);
   ReplaceFile(Walk, GetExampleWalk());
   fmt::print(stderr, "wrote {} and {}\n", AArguments.File, Walk);

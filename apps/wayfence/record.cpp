@@ -3,13 +3,12 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <string>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/output_files.h"
 #include "apps/wayfence/recording_file.h"
 #include "apps/wayfence/source.h"
-#include "platform/errors.h"
 
 namespace Wayfence {
 
@@ -23,15 +22,6 @@ constexpr double MicrosecondsADay = 86'400.0 * TicksPerSecond;
 TTicks EndOf(TTicks AStart, double ASeconds) {
   return ASeconds > 0.0 ? After(AStart, static_cast<TTicks>(ASeconds * TicksPerSecond))
                         : NoDeadline;
-}
-
-/// A recording must not be written over itself while it is read.
-void CheckNotSource(const std::string& AFile, std::string ASource) {
-  for (const char* Prefix : {"btsnoop:", "pcap:", "log:"})
-    if (ASource.starts_with(Prefix)) ASource.erase(0, std::string(Prefix).size());
-  std::error_code Ignored;
-  if (std::filesystem::equivalent(AFile, ASource, Ignored))
-    throw EFileError(fmt::format("{}: this is the source itself; choose another file", AFile));
 }
 
 std::uint64_t Convert(IAdvertisementReader& AReader,
@@ -83,7 +73,6 @@ void ReportProblems(const TReadProblems& AProblems) {
 }
 
 int ConvertRecording(const TRecordArguments& AArguments, IAdvertisementReader& AReader) {
-  CheckNotSource(AArguments.File, AArguments.From.Source);
   const TCaptureClock Clock =
       AReader.HasWallTime() ? TCaptureClock::Wall : TCaptureClock::Recording;
   const TRef<IAdvertisementWriter> Writer =
@@ -111,6 +100,7 @@ int RecordRadio(const TRecordArguments& AArguments) {
 }  // namespace
 
 int RunRecord(const TRecordArguments& AArguments) {
+  CheckOutputs({AArguments.File}, {FileOf(AArguments.From)});
   if (const TRef<IAdvertisementReader> Recording = OpenRecording(AArguments.From))
     return ConvertRecording(AArguments, *Recording);
   return RecordRadio(AArguments);

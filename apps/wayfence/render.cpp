@@ -6,6 +6,7 @@
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/floor_picture.h"
 #include "apps/wayfence/map_session.h"
+#include "apps/wayfence/output_files.h"
 #include "apps/wayfence/project_file.h"
 #include "platform/errors.h"
 #include "platform/files.h"
@@ -38,6 +39,7 @@ void ShowRoute(TFencingProject& AProject, const std::string& AFrom, const std::s
 }  // namespace
 
 int RunRender(const TRenderArguments& AArguments) {
+  CheckOutputs({AArguments.File}, {AArguments.Project});
   const TProjectFile File = OpenProject(AArguments.Project);
   TFencingProject Project = ExtractFrom(File);
   if (!AArguments.Route.empty()) ShowRoute(Project, AArguments.Route[0], AArguments.Route[1]);

@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/output_files.h"
 #include "apps/wayfence/report_page.h"
-#include "platform/errors.h"
 #include "platform/files.h"
 
 namespace Wayfence {
@@ -14,9 +14,8 @@ using namespace System;
 
 int RunReport(const TReportArguments& AArguments) {
   namespace fs = std::filesystem;
-  if (fs::exists(AArguments.File) && !AArguments.Overwrite)
-    throw EFileError(
-        fmt::format("{}: the file is there already; --overwrite replaces it", AArguments.File));
+  CheckOutputs({AArguments.File}, AArguments.RunFiles);
+  CheckOverwrite({AArguments.File}, AArguments.Overwrite);
   std::vector<TNamedRun> Runs;
   for (const std::string& File : AArguments.RunFiles)
     Runs.emplace_back(fs::path(File).stem().string(), ReadRun(File));

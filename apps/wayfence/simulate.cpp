@@ -7,11 +7,11 @@
 #include <string>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/output_files.h"
 #include "apps/wayfence/progress.h"
 #include "apps/wayfence/recording_file.h"
 #include "apps/wayfence/simulation.h"
 #include "platform/beacons/captures/output_file.h"
-#include "platform/errors.h"
 
 namespace Wayfence {
 
@@ -19,15 +19,6 @@ using namespace System;
 using namespace System::Beacon;
 
 namespace {
-
-void CheckOutput(const std::string& AFile, const TSimulateArguments& AArguments) {
-  std::error_code Ignored;
-  for (const std::string& Input : {AArguments.Project, AArguments.Walk})
-    if (std::filesystem::equivalent(AFile, Input, Ignored))
-      throw EFileError(fmt::format("{}: this file is read; choose another one to write", AFile));
-  if (std::filesystem::exists(AFile) && !AArguments.Overwrite)
-    throw EFileError(fmt::format("{}: the file is there already; --overwrite replaces it", AFile));
-}
 
 std::string TruthFileOf(const TSimulateArguments& AArguments) {
   if (!AArguments.TruthFile.empty()) return AArguments.TruthFile;
@@ -73,10 +64,8 @@ std::uint64_t WriteRecording(IAdvertisementReader& AReader, IAdvertisementWriter
 
 int RunSimulate(const TSimulateArguments& AArguments) {
   const std::string TruthFile = TruthFileOf(AArguments);
-  if (TruthFile == AArguments.File)
-    throw EFileError(
-        fmt::format("{}: the recording and the true positions need two files", TruthFile));
-  for (const std::string& File : {AArguments.File, TruthFile}) CheckOutput(File, AArguments);
+  CheckOutputs({AArguments.File, TruthFile}, {AArguments.Project, AArguments.Walk});
+  CheckOverwrite({AArguments.File, TruthFile}, AArguments.Overwrite);
   const TSimulatedWalk Walk =
       OpenSimulatedWalk(AArguments.Project, AArguments.Walk, AArguments.Seed);
   WriteTruth(Walk, TruthFile);

@@ -137,6 +137,14 @@ TRef<IAdvertisementReader> OpenRecording(const TSourceArguments& AArguments) {
   return OpenCapture(AArguments.Source);
 }
 
+std::string FileOf(const TSourceArguments& AArguments) {
+  std::string_view Rest = AArguments.Source;
+  if (Rest == "bluez" || TakePrefix(Rest, "bluez:")) return {};
+  for (const char* Prefix : {"btsnoop:", "pcap:", "log:", "simulate:"})
+    if (TakePrefix(Rest, Prefix)) break;
+  return std::string(Rest);
+}
+
 TRun OpenRun(const TSourceArguments& AArguments) {
   const TRef<IAdvertisementReader> Recording = OpenRecording(AArguments);
   TRun Result;

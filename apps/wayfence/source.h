@@ -73,6 +73,9 @@ void RefuseRadio(const TRun& ARun, const TSourceArguments& AArguments);
 System::TRef<System::Beacon::IAdvertisementReader> OpenRecording(
     const TSourceArguments& AArguments);
 
+/// The file that a source is read from; empty for a radio.
+std::string FileOf(const TSourceArguments& AArguments);
+
 /// From now on an interrupt (Ctrl-C) or a request to end only sets what `IsInterrupted` tells.
 void CatchInterrupts();
 bool IsInterrupted() noexcept;

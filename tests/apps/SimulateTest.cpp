@@ -246,8 +246,6 @@ TEST_F(SimulateTest, FilesAndCommandsThatDoNotFitAreRefused) {
        {std::pair{"none.xml walk.json -o walk.log", "the project has no beacon"},
         {"wrong.xml walk.json -o walk.log", "the beacon 'B' cannot be simulated: its major"},
         {"office.xml walk.json -o there.log", "there.log: the file is there already"},
-        {"office.xml walk.json -o walk.json --overwrite", "walk.json: this file is read"},
-        {"office.xml walk.json -o a.log --truth a.log", "a.log: the recording and the true"},
         {"office.xml missing.json -o walk.log", "missing.json"}})
     ExpectRefusal(1, std::string("simulate ") + Arguments, std::string("wayfence: ") + Message);
   ExpectRefusal(1,
