@@ -109,6 +109,7 @@ int RunMap(const TMapArguments& AArguments) {
   TBeaconMapFencing& Component = Session.Component;
   TWatchedSource& Source = *Session.Run.Source;
   TMapRoute Route(Component, AArguments.Route);
+  if (Source.IsLive()) Source.OpenAhead();  // a run that cannot begin writes nothing
   std::optional<TFrames> Frames;
   if (!AArguments.FrameDirectory.empty()) Frames.emplace(Component, AArguments);
   std::optional<TRunRecording> Recording;

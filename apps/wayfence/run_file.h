@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -17,10 +18,23 @@
 
 namespace Wayfence {
 
+// What is beyond these is neither written nor read.
+inline constexpr std::size_t MaxRunSize = 256U << 20;       // bytes
+inline constexpr std::size_t MaxRunHeaderSize = 64U << 20;  // bytes
+inline constexpr std::size_t MaxRunLineSize = 64U << 10;    // bytes, of an event
+inline constexpr std::size_t MaxRunNameSize = 4096;         // bytes; an event has two at most
+inline constexpr std::size_t MaxRunItems = 50'000;          // of each kind, in the header
+inline constexpr int MaxRunPictureSide = 8192;              // pixels
+inline constexpr double MaxRunSeconds = 1e7;
+inline constexpr double MaxRunCoordinate = 1e7;  // map units
+inline constexpr int MinRunRssi = -127;          // dBm
+inline constexpr int MaxRunRssi = 20;            // dBm
+
 // ---------------------------------------------------------------- writing
 
 /// Writes a run file, and replaces one that is there. Main thread. Raises `EFileError` for a file
-/// that cannot be written, at the latest in `Close`.
+/// that cannot be written, at the latest in `Close`, and before the file is made `EGeneralError`
+/// for a project that is beyond the bounds of a run file.
 class TRunWriter {
  public:
   /// Draws the floors of the scene and writes the header. `AProject` is the record of the scene;
@@ -40,15 +54,22 @@ class TRunWriter {
   /// Where the device really was, map units.
   void Truth(double ASeconds, int AMap, System::TPointF APlace);
   void Close();
+  /// Whether the next line might be one too many for a run file.
+  bool IsFull() const noexcept { return FSize + MaxRunLineSize > MaxRunSize; }
 
  private:
+  std::string MakeHeader(System::Beacon::Fencing::Scene::TScene& AScene,
+                         const System::Beacon::Fencing::TFencingProject& AProject,
+                         const std::string& ASource);
+
   struct TBeaconPlace {
     std::size_t Index = 0;
     std::size_t Map = 0;
   };
 
-  System::Beacon::TOutputFile FFile;
   std::unordered_map<const System::TObject*, TBeaconPlace> FBeacons;
+  std::optional<System::Beacon::TOutputFile> FFile;
+  std::size_t FSize = 0;  // of the file, bytes
 };
 
 // ---------------------------------------------------------------- reading
@@ -122,19 +143,13 @@ struct TRunRecord {
   std::vector<TSignal> Signals;
   std::vector<TEvent> Events;
   double End = 0.0;  ///< of the last line
+  int TornLine = 0;  ///< the number of a last line that is cut short and passed over; 0: none
 };
 
 /// Reads a run file. Events and members that it does not know are passed over. Raises `EFileError`
-/// "FILE:LINE: what is wrong and what to do", also for what is beyond the bounds below.
+/// "FILE:LINE: what is wrong and what to do", also for what is beyond the bounds above.
 TRunRecord ReadRun(const std::string& AFileName);
 /// The same from a text; the name is for messages.
 TRunRecord ParseRun(std::string_view AText, const std::string& AFileName);
-
-inline constexpr std::size_t MaxRunSize = 256U << 20;       // bytes
-inline constexpr std::size_t MaxRunHeaderSize = 64U << 20;  // bytes
-inline constexpr std::size_t MaxRunLineSize = 64U << 10;    // bytes, of an event
-inline constexpr std::size_t MaxRunItems = 50'000;          // of each kind, in the header
-inline constexpr int MaxRunPictureSide = 8192;              // pixels
-inline constexpr double MaxRunSeconds = 1e7;
 
 }  // namespace Wayfence

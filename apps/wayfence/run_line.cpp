@@ -12,12 +12,6 @@ namespace Wayfence {
 using namespace System;
 using TJson = nlohmann::json;
 
-namespace {
-
-constexpr double MaxCoordinate = 1e7;  // map units
-
-}  // namespace
-
 TRunLine::TRunLine(const TJson& AJson, std::string APlace)
     : FJson(AJson), FPlace(std::move(APlace)) {
   if (!FJson.is_object()) Refuse("this is no JSON object");
@@ -64,7 +58,7 @@ int TRunLine::GetIndex(const char* AName, std::size_t ACount) const {
 
 float TRunLine::GetCoordinate(const TJson& AJson, const char* AName) const {
   const double Result = AJson.is_number() ? AJson.get<double>() : NAN;
-  if (!(std::abs(Result) <= MaxCoordinate))
+  if (!(std::abs(Result) <= MaxRunCoordinate))
     Refuse(fmt::format("'{}' holds what is no coordinate", AName));
   return static_cast<float>(Result);
 }

@@ -60,7 +60,7 @@ std::string IdentityOf(const TRunLine& ALine) {
     if (ALine.Has(Name)) (Result += ' ') += ALine.GetText(Name);
   for (const char* Name : {"major", "minor"})
     if (ALine.Has(Name))
-      Result += fmt::format(" {} {:.0f}", Name, ALine.GetNumber(Name, -1e9, 1e9));
+      Result += fmt::format(" {} {:.0f}", Name, ALine.GetNumber(Name, -1e10, 1e10));
   return Result;
 }
 
@@ -125,7 +125,7 @@ class TEventReader {
     if (Event == "Signal")
       FRun.Signals.push_back({Seconds,
                               ALine.GetIndex("beacon", FRun.Beacons.size()),
-                              ALine.GetInteger("rssi", -127, 20)});
+                              ALine.GetInteger("rssi", MinRunRssi, MaxRunRssi)});
     else if (Event == "Truth")
       FRun.Truth.push_back(
           {Seconds, ALine.GetIndex("map", FRun.Maps.size()), ALine.GetPoint("x", "y")});
@@ -226,8 +226,13 @@ TRunRecord ParseRun(std::string_view AText, const std::string& AFileName) {
   TEventReader Events(Result);
   while (!Rest.empty()) {
     ++Number;
+    const bool IsWhole = Rest.find('\n') != std::string_view::npos;
     const std::string_view Line = TakeLine(Rest);
     if (Line.empty()) continue;
+    if (!IsWhole && Line.size() <= MaxRunLineSize && !TJson::accept(Line)) {
+      Result.TornLine = Number;  // whoever wrote it was interrupted
+      break;
+    }
     const TJson Json = ParseLine(Line, MaxRunLineSize, Place());
     Events.Read(TRunLine(Json, Place()));
   }

@@ -1,7 +1,10 @@
 #include "apps/wayfence/run_recording.h"
 
+#include <fmt/format.h>
+
+#include <cstdio>
+
 #include "apps/wayfence/map_units.h"
-#include "apps/wayfence/truth.h"
 
 namespace Wayfence {
 
@@ -13,18 +16,40 @@ TRunRecording::TRunRecording(TMapSession& ASession,
                              const std::string& AFileName,
                              const std::string& ASource,
                              const std::string& ATruthFile)
+    : TRunRecording(
+          ASession,
+          AFileName,
+          ASource,
+          ATruthFile.empty() ? std::vector<TTruth::TRow>() : TTruth::Read(ATruthFile).GetRows()) {}
+
+TRunRecording::TRunRecording(TMapSession& ASession,
+                             const std::string& AFileName,
+                             const std::string& ASource,
+                             const std::vector<TTruth::TRow>& ATruth)
     : FSession(ASession),
       FWriter(
           AFileName, *ASession.Project.Scene, ASession.Component.GetProjectInformation(), ASource) {
-  if (!ATruthFile.empty()) WriteTruth(ATruthFile);
+  WriteTruth(ATruth);
 }
 
-void TRunRecording::WriteTruth(const std::string& ATruthFile) {
-  const TTruth Truth = TTruth::Read(ATruthFile);
+bool TRunRecording::IsOver() {
+  if (FIsOver) return true;
+  FIsOver = FWriter.IsFull() || FSession.Run.Source->GetSeconds() > MaxRunSeconds;
+  if (FIsOver)
+    fmt::print(stderr,
+               "wayfence: the run file is full: it holds {} MiB and {:.0f} s; what follows is not "
+               "kept\n",
+               MaxRunSize >> 20,
+               MaxRunSeconds);
+  return FIsOver;
+}
+
+void TRunRecording::WriteTruth(const std::vector<TTruth::TRow>& ATruth) {
   const TFencingProject Project = FSession.Component.GetProjectInformation();
-  for (const TTruth::TRow& Row : Truth.GetRows()) {
+  for (const TTruth::TRow& Row : ATruth) {
     const double Seconds = Row.Seconds - FSession.Run.Start;
-    if (Seconds < 0.0 || static_cast<std::size_t>(Row.Map) >= Project.Maps.GetLength()) continue;
+    if (Seconds < 0.0 || Seconds > MaxRunSeconds) continue;
+    if (IsOver() || static_cast<std::size_t>(Row.Map) >= Project.Maps.GetLength()) continue;
     const TFencingMap& Map = Project.Maps[static_cast<std::size_t>(Row.Map)];
     const auto UnitsPerMetre = static_cast<float>(1.0 / MetresPerUnit(Map.Map.Get()));
     FWriter.Truth(Seconds, Row.Map, Row.Place * UnitsPerMetre);
@@ -32,7 +57,7 @@ void TRunRecording::WriteTruth(const std::string& ATruthFile) {
 }
 
 void TRunRecording::Signals(double ASeconds) {
-  if (ASeconds < FNextSignals) return;
+  if (ASeconds < FNextSignals || IsOver()) return;
   FNextSignals = ASeconds + 1.0;
   const TFencingProject Project = FSession.Component.GetProjectInformation();
   for (const TFencingMap& Map : Project.Maps) {

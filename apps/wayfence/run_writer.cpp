@@ -25,22 +25,54 @@ std::string NameOf(TEnum AValue) {
   return std::string(TEnumNames<TEnum>::Names.at(static_cast<std::size_t>(AValue)));
 }
 
+float Checked(float ACoordinate) {
+  if (!(std::abs(ACoordinate) <= MaxRunCoordinate))
+    throw EGeneralError(fmt::format(
+        "something of the project lies at {}; a run file holds coordinates up to {:.0f} "
+        "map units",
+        ACoordinate,
+        MaxRunCoordinate));
+  return ACoordinate;
+}
+
+const std::string& Checked(const std::string& AName) {
+  constexpr std::size_t Shown = 40;
+  if (AName.size() > MaxRunNameSize)
+    throw EGeneralError(
+        fmt::format("the name '{}…' has {} bytes; a run file holds names of up to {}: shorten it",
+                    AName.substr(0, Shown),
+                    AName.size(),
+                    MaxRunNameSize));
+  return AName;
+}
+
 std::string RectToJson(const TRectF& ARect) {
-  return fmt::format("[{}, {}, {}, {}]", ARect.Left, ARect.Top, ARect.Right, ARect.Bottom);
+  return fmt::format("[{}, {}, {}, {}]",
+                     Checked(ARect.Left),
+                     Checked(ARect.Top),
+                     Checked(ARect.Right),
+                     Checked(ARect.Bottom));
 }
 
 std::string PointToJson(TPointF APoint) {
-  return fmt::format("[{:.3f}, {:.3f}]", APoint.X, APoint.Y);
+  return fmt::format("[{:.3f}, {:.3f}]", Checked(APoint.X), Checked(APoint.Y));
 }
 
-/// Texts joined as a JSON array.
-class TJsonArray {
+/// The items of one kind, a JSON array.
+class TItems {
  public:
-  void Add(const std::string& AValue) { FText += (FText.empty() ? "" : ", ") + AValue; }
+  void Add(const std::string& AValue) {
+    if (++FCount > MaxRunItems)
+      throw EGeneralError(
+          fmt::format("the project has more than {} things of one kind; a run file holds no more",
+                      MaxRunItems));
+    FText += (FText.empty() ? "" : ", ") + AValue;
+  }
   std::string ToText() const { return "[" + FText + "]"; }
 
  private:
   std::string FText;
+  std::size_t FCount = 0;
 };
 
 // ---------------------------------------------------------------- maps
@@ -68,12 +100,12 @@ bool HasPicture(const IDesignMap& AMap) {
 }
 
 std::string MapsToJson(Scene::TScene& AScene, const TFencingProject& AProject) {
-  TJsonArray Result;
+  TItems Result;
   for (std::size_t I = 0; I < AProject.Maps.GetLength(); ++I) {
     const IDesignMap& Map = *AProject.Maps[I].Map;
     const TRectF Rect = Map.GetGlobalRect();
     TJsonLine Line;
-    Line.Text("name", Map.GetName()).Json("rect", RectToJson(Rect));
+    Line.Text("name", Checked(Map.GetName())).Json("rect", RectToJson(Rect));
     const auto* const Units = Supports<const IDesignMapUnits>(&Map);
     Line.Text("units", NameOf(Units ? Units->GetMeasureUnits() : TMeasureUnits::Meters));
     if (HasPicture(Map)) AddPicture(Line, AScene, static_cast<int>(I), Rect);
@@ -86,15 +118,15 @@ std::string MapsToJson(Scene::TScene& AScene, const TFencingProject& AProject) {
 
 TJsonLine Placed(const std::string& AName, std::size_t AMap) {
   TJsonLine Result;
-  Result.Text("name", AName).Number("map", static_cast<std::int64_t>(AMap));
+  Result.Text("name", Checked(AName)).Number("map", static_cast<std::int64_t>(AMap));
   return Result;
 }
 
 std::string BeaconToJson(const IDesignBeacon& ABeacon, std::size_t AMap) {
   TJsonLine Result = Placed(ABeacon.GetName(), AMap);
   const TPointF Place = ABeacon.GetCenterInGlobalSpace();
-  Result.Decimal("x", Place.X)
-      .Decimal("y", Place.Y)
+  Result.Decimal("x", Checked(Place.X))
+      .Decimal("y", Checked(Place.Y))
       .Text("kind", NameOf(ABeacon.GetKindofBeacon()));
   if (ABeacon.GetKindofBeacon() == System::Beacon::TKindofBeacon::Eddystone)
     return Result.Text("namespace", ABeacon.GetEddyNamespace())
@@ -149,14 +181,16 @@ std::vector<TPointF> OutlineOf(const IDesignZone& AZone) {
 }
 
 std::string ZoneToJson(const IDesignZone& AZone, std::size_t AMap) {
-  TJsonArray Outline;
-  for (const TPointF& Point : OutlineOf(AZone)) Outline.Add(PointToJson(Point));
-  return Placed(AZone.GetName(), AMap).Json("outline", Outline.ToText()).ToText();
+  std::vector<std::string> Outline;
+  for (const TPointF& Point : OutlineOf(AZone)) Outline.push_back(PointToJson(Point));
+  return Placed(AZone.GetName(), AMap)
+      .Json("outline", fmt::format("[{}]", fmt::join(Outline, ", ")))
+      .ToText();
 }
 
 /// The walkable paths; links between floors are left out.
 std::string EdgesToJson(const TFencingProject& AProject) {
-  TJsonArray Result;
+  TItems Result;
   for (const auto& [From, To] : AProject.Graph.GetPathEdges()) {
     const TPathNodeInfo& Begin = AProject.GlobalPath[static_cast<std::size_t>(From)];
     const TPathNodeInfo& End = AProject.GlobalPath[static_cast<std::size_t>(To)];
@@ -170,12 +204,12 @@ std::string EdgesToJson(const TFencingProject& AProject) {
 }
 
 std::string PoisToJson(const TFencingProject& AProject) {
-  TJsonArray Result;
+  TItems Result;
   for (const TBeaconFencingPOI& Poi : AProject.PoiList.PoiList)
     if (Poi.MapIndex >= 0)
       Result.Add(Placed(Poi.Name, static_cast<std::size_t>(Poi.MapIndex))
-                     .Decimal("x", Poi.Position.X)
-                     .Decimal("y", Poi.Position.Y)
+                     .Decimal("x", Checked(Poi.Position.X))
+                     .Decimal("y", Checked(Poi.Position.Y))
                      .Text("type", NameOf(Poi.PoiType))
                      .ToText());
   return Result.ToText();
@@ -186,9 +220,16 @@ std::string PoisToJson(const TFencingProject& AProject) {
 TRunWriter::TRunWriter(std::string AFileName,
                        Scene::TScene& AScene,
                        const TFencingProject& AProject,
-                       const std::string& ASource)
-    : FFile(std::move(AFileName)) {
-  TJsonArray Beacons, Zones;
+                       const std::string& ASource) {
+  const std::string Header = MakeHeader(AScene, AProject, ASource);
+  FFile.emplace(std::move(AFileName));
+  Line(Header);
+}
+
+std::string TRunWriter::MakeHeader(Scene::TScene& AScene,
+                                   const TFencingProject& AProject,
+                                   const std::string& ASource) {
+  TItems Beacons, Zones;
   std::size_t Count = 0;
   for (std::size_t I = 0; I < AProject.Maps.GetLength(); ++I) {
     for (const TFencingBeacon& Beacon : AProject.Maps[I].BeaconList) {
@@ -198,16 +239,22 @@ TRunWriter::TRunWriter(std::string AFileName,
     for (const TRef<IDesignZone>& Zone : AProject.Maps[I].Zones) Zones.Add(ZoneToJson(*Zone, I));
   }
   TJsonLine Header;
-  Header.Number("run", 1).Text("project", AProject.ProjectName).Text("source", ASource);
+  Header.Number("run", 1).Text("project", Checked(AProject.ProjectName)).Text("source", ASource);
   Header.Json("maps", MapsToJson(AScene, AProject)).Json("beacons", Beacons.ToText());
   Header.Json("zones", Zones.ToText()).Json("pois", PoisToJson(AProject));
   Header.Json("edges", EdgesToJson(AProject));
-  Line(Header.ToText());
+  std::string Result = Header.ToText();
+  if (Result.size() > MaxRunHeaderSize)
+    throw EGeneralError(fmt::format(
+        "the floors and their pictures take more than {} bytes in a run file; use fewer",
+        MaxRunHeaderSize));
+  return Result;
 }
 
 void TRunWriter::Line(std::string_view AText) {
-  FFile.Write(AText);
-  FFile.Write("\n");
+  FFile->Write(AText);
+  FFile->Write("\n");
+  FSize += AText.size() + 1;
 }
 
 void TRunWriter::Signal(double ASeconds,
@@ -215,7 +262,7 @@ void TRunWriter::Signal(double ASeconds,
                         int ARssi,
                         double ADistance) {
   const auto Found = FBeacons.find(ABeacon.GetObject());
-  if (Found == FBeacons.end()) return;
+  if (Found == FBeacons.end() || ARssi < MinRunRssi || ARssi > MaxRunRssi) return;
   TJsonLine Result(ASeconds, "Signal");
   Result.Number("map", static_cast<std::int64_t>(Found->second.Map));
   Result.Number("beacon", static_cast<std::int64_t>(Found->second.Index)).Number("rssi", ARssi);
@@ -232,7 +279,7 @@ void TRunWriter::Truth(double ASeconds, int AMap, TPointF APlace) {
 }
 
 void TRunWriter::Close() {
-  FFile.Close();
+  FFile->Close();
 }
 
 }  // namespace Wayfence

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/progress.h"
@@ -24,7 +25,14 @@ class TWatchedSource final : public System::TInterfacedObject,
                  System::TRef<TSilenceReader> AReader)
       : FSource(std::move(ASource)), FReader(std::move(AReader)) {}
 
-  void Open() override { FSource->Open(); }
+  void Open() override {
+    if (!std::exchange(FIsOpenAhead, false)) FSource->Open();
+  }
+  /// Opens before whoever reads does, whose first call then finds it open: to know that it works.
+  void OpenAhead() {
+    FSource->Open();
+    FIsOpenAhead = true;
+  }
   void Close() noexcept override { FSource->Close(); }
   System::Beacon::TSourceResult Next(System::Beacon::TAdvertisement& AAdvertisement,
                                      System::TTicks ADeadline) override;
@@ -51,6 +59,7 @@ class TWatchedSource final : public System::TInterfacedObject,
   std::atomic<System::TTicks> FSkipped{0};  // before the advertisement that was delivered last
   std::string FError;                       // written before FEnded is set
   TProgress FProgress;
+  bool FIsOpenAhead = false;
 };
 
 /// A source and the runtime that it runs in: a recording at speed 0 runs simulated, from the time

@@ -60,5 +60,16 @@ TEST_F(OutputFiles, NoCommandWritesOverWhatItReads) {
   EXPECT_EQ(Contents(), Before);
 }
 
+TEST_F(OutputFiles, ARunThatCannotBeginLeavesAnEarlierOne) {
+  OutputOf("map shop.xml --source walk.log --run walk.run");
+  const auto Before = Contents();
+  FPrelude = "DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nowhere";
+  for (const char* Arguments : {"--source walk.log --truth missing.csv", "--source bluez"})
+    ExpectRefusal(1, std::string("map shop.xml --run walk.run ") + Arguments, "wayfence: ");
+  EXPECT_EQ(Contents(), Before);
+  std::filesystem::resize_file(Path("walk.run"), Before.at("walk.run").size() - 5);
+  EXPECT_TRUE(Run("report walk.run -o walk.html").Messages.starts_with("wayfence: walk.run:"));
+}
+
 }  // namespace
 }  // namespace Wayfence

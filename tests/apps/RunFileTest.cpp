@@ -166,6 +166,40 @@ TEST_F(RunFileTest, FindsTheZoneThatAnEventMeans) {
   EXPECT_EQ(Run.End, 7.0);
 }
 
+TEST_F(RunFileTest, IsReadUpToALineThatWasInterrupted) {
+  WriteRun(File, MakeZones(), {R"({"time": 1, "event": "ZoneEnter", "zone": "Hall"})"});
+  const std::string Whole = ReadWholeFile(File, 1 << 20);
+  for (const auto& [Rest, Line] :
+       {std::pair{"{\"time\": 2, \"ev", 3}, {R"({"time": 1, "event": "X"})", 0}}) {
+    const TRunRecord Run = ParseRun(Whole + Rest, File);
+    EXPECT_EQ(Run.TornLine, Line);
+    EXPECT_EQ(Run.Events.size(), 1U);
+  }
+}
+
+TEST_F(RunFileTest, IsNotMadeOfWhatCannotBeReadAgain) {
+  ReplaceFile(File, "an earlier run");
+  for (const auto& [Name, Right, Message] :
+       {std::tuple{std::string(MaxRunNameSize, '\x01'), 5.0F, ""},
+        {std::string(MaxRunNameSize + 1, 'a'), 5.0F, "the name 'aaaa"},
+        {std::string("far"), 2e7F, "something of the project lies at 20000000; a"}}) {
+    TProjectBuilder Project("Bounds");
+    TMapBuilder Map = Project.AddMap("Map", 10, 10);
+    Map.AddZone(Name, {0, 0, Right, 5});
+    Map.AddBeacon("B", {1, 1}, "11111111-1111-1111-1111-111111111111", 2'000'000'000, 1);
+    const TFencingProject Record = ExtractProject(*Project.GetScene());
+    const auto Write = [&] { TRunWriter(File, *Project.GetScene(), Record, "a test").Close(); };
+    if (*Message == '\0') {
+      Write();
+      EXPECT_EQ(ReadRun(File).Zones[0].Name, Name);
+    } else {
+      const std::string Before = ReadWholeFile(File, 1 << 20);
+      EXPECT_TRUE(Raised<EGeneralError>(Write).starts_with(Message)) << Message;
+      EXPECT_EQ(ReadWholeFile(File, 1 << 20), Before);
+    }
+  }
+}
+
 TEST_F(RunFileTest, RefusesWhatIsDamagedWithItsPlace) {
   WriteRun(File, MakeZones(), {});
   const std::string Header = ReadWholeFile(File, 1 << 20);
@@ -187,7 +221,7 @@ TEST_F(RunFileTest, RefusesWhatIsDamagedWithItsPlace) {
         TCase{Changed("\"map\": 0", "\"map\": 2"), ":1: 'map' is no number from 0 to 1"},
         TCase{Changed("[1.000, 2.000]", "[1.000]"), ":1: 'outline' is not [x, y]"},
         TCase{Changed("[1.000, 2.000]", "[1e99, 0]"), ":1: 'outline' holds what is no coordinate"},
-        TCase{Header + "{\"time\": 1,", ":2: this is no JSON"},
+        TCase{Header + "{\"time\": 1,\n", ":2: this is no JSON"},
         TCase{Header + R"({"event": "Signal"})", ":2: 'time' is missing"},
         TCase{Header + R"({"time": -1, "event": "Signal"})", ":2: 'time' is no number from 0"},
         TCase{Header + R"({"time": 1, "event": "Signal", "beacon": 1, "rssi": -60})",
