@@ -2,28 +2,16 @@
 #include "apps/wayfence/evaluate_command_line.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <memory>
 #include <string>
+#include <tuple>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/option_values.h"
 #include "apps/wayfence/source_command_line.h"
 
 namespace Wayfence {
 namespace {
-
-/// "WIDTHxHEIGHT", both positive numbers of metres.
-void ReadSize(const std::string& AText, TEvaluateArguments& AArguments) {
-  constexpr double MaxMetres = 1e5;
-  const char* const End = AText.data() + AText.size();
-  const auto Width = std::from_chars(AText.data(), End, AArguments.Width);
-  const bool HasHeight = Width.ec == std::errc() && Width.ptr != End && *Width.ptr == 'x';
-  const auto Height = std::from_chars(HasHeight ? Width.ptr + 1 : End, End, AArguments.Height);
-  const auto IsSize = [](double AValue) { return AValue > 0.0 && AValue <= MaxMetres; };
-  if (Height.ec != std::errc() || Height.ptr != End || !IsSize(AArguments.Width) ||
-      !IsSize(AArguments.Height))
-    throw CLI::ValidationError("--size", "'" + AText + "' is not WIDTHxHEIGHT in metres");
-}
 
 void AddCommon(CLI::App& ACommand, TEvaluateArguments& AArguments) {
   AddSource(ACommand, AArguments.From, false);
@@ -34,12 +22,13 @@ void AddCommon(CLI::App& ACommand, TEvaluateArguments& AArguments) {
                   "The true positions: columns t (seconds), x, y (metres), map")
       ->required();
   ACommand.add_option("--seed", AArguments.From.Seed, "Fixes every random number of the run")
+      ->check(SeedNumber())
       ->capture_default_str();
   ACommand
       .add_option("--skip",
                   AArguments.Skip,
                   "Leave out the errors of so many seconds after the true position has jumped")
-      ->check(CLI::Range(0.0, 1e9))
+      ->check(NumberFrom(0.0, 1e9))
       ->capture_default_str();
   ACommand.add_flag("--json", AArguments.Json, "Print one JSON object instead of a table");
 }
@@ -69,7 +58,7 @@ void AddOfProject(CLI::App& ACommand, TEvaluateArguments& AArguments) {
       .add_option("--tolerance",
                   AArguments.Tolerance,
                   "Seconds by which an entry into a zone may lie beside a true stay")
-      ->check(CLI::Range(0.0, 1e6))
+      ->check(NumberFrom(0.0, 1e6))
       ->capture_default_str()
       ->needs(Project)
       ->group(Group);
@@ -84,18 +73,18 @@ void AddSettings(CLI::App& ACommand, TEvaluateArguments& AArguments, CLI::Option
       AArguments.OptionsFile,
       "A JSON file with properties of the particle filter: {\"BeaconsToUse\": 4}"));
   Belongs(ACommand.add_option("--spc", AArguments.SPC, "The signal propagation constant"))
-      ->check(CLI::Range(0.0, 10.0))
+      ->check(NumberFrom(0.0, 10.0))
       ->capture_default_str();
   Belongs(ACommand.add_option("--death-time",
                               AArguments.DeathTime,
                               "Seconds without an advertisement after which a beacon is lost"))
-      ->check(CLI::Range(1, 86'400))
+      ->check(WholeNumberFrom(1, 86'400))
       ->capture_default_str();
   Belongs(ACommand.add_option(
               "--interval",
               AArguments.Interval,
               "Milliseconds between two steps of the filter; by default its UpdateInterval, 500"))
-      ->check(CLI::Range(1, 3'600'000));
+      ->check(WholeNumberFrom(1, 3'600'000));
 }
 
 void AddOfBeacons(CLI::App& ACommand, TEvaluateArguments& AArguments) {
@@ -106,7 +95,9 @@ void AddOfBeacons(CLI::App& ACommand, TEvaluateArguments& AArguments) {
       "major, minor, namespace, instance, power");
   CLI::Option* const Size = ACommand.add_option_function<std::string>(
       "--size",
-      [&AArguments](const std::string& AText) { ReadSize(AText, AArguments); },
+      [&AArguments](const std::string& AText) {
+        std::tie(AArguments.Width, AArguments.Height) = ReadMetres("--size", AText);
+      },
       "The area, WIDTHxHEIGHT in metres, from (0, 0) on");
   Beacons->needs(Size)->excludes(ACommand.get_option("PROJECT"))->group("With a list of beacons");
   Size->needs(Beacons)->group("With a list of beacons");

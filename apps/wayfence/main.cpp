@@ -1,6 +1,5 @@
 // The program's command line.
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <cstdio>
 #include <exception>
 #include <functional>
@@ -9,6 +8,7 @@
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/evaluate_command_line.h"
 #include "apps/wayfence/map_command_line.h"
+#include "apps/wayfence/option_values.h"
 #include "apps/wayfence/project_commands.h"
 #include "apps/wayfence/source_command_line.h"
 #include "platform/errors.h"
@@ -22,7 +22,7 @@ void AddSeconds(CLI::App& ACommand, double& ASeconds) {
   ACommand
       .add_option(
           "--seconds", ASeconds, "End after so many seconds; 0: at the end, or when interrupted")
-      ->check(CLI::Range(0.0, 1e9))
+      ->check(NumberFrom(0.0, 1e9))
       ->capture_default_str();
 }
 
@@ -91,7 +91,9 @@ CLI::App* AddSimulate(CLI::App& AProgram, TSimulateArguments& AArguments) {
   Command.add_option("--format", AArguments.Format, "The format of the recording")
       ->check(CLI::IsMember({"log", "btsnoop", "pcap"}))
       ->capture_default_str();
-  Command.add_option("--seed", AArguments.Seed, "Fixes every random number")->capture_default_str();
+  Command.add_option("--seed", AArguments.Seed, "Fixes every random number")
+      ->check(SeedNumber())
+      ->capture_default_str();
   Command.add_flag("--overwrite", AArguments.Overwrite, "Replace files that are there");
   Command.footer(
       "A walk is {\"speed\": 1.2, \"interval\": 0.1, \"stairs\": 8, \"points\": [\n"
@@ -158,6 +160,7 @@ int main(int ACount, char** AValues) {
   AddMap(Program, Command);
   AddReport(Program, Report)->final_callback([&] { Command = [&] { return RunReport(Report); }; });
   AddProjectCommands(Program, Command);
+  RefuseEmptyTexts(Program);
   try {
     Program.parse(ACount, AValues);
   } catch (const CLI::ParseError& Error) {

@@ -2,11 +2,11 @@
 #include "apps/wayfence/map_command_line.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <memory>
 #include <string>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/option_values.h"
 #include "apps/wayfence/source_command_line.h"
 
 namespace Wayfence {
@@ -58,6 +58,7 @@ void AddMap(CLI::App& AProgram, std::function<int()>& AChosen) {
       ->required();
   AddSource(Command, Arguments->From);
   Command.add_option("--seed", Arguments->From.Seed, "Fixes every random number of the run")
+      ->check(SeedNumber())
       ->capture_default_str();
   Command.add_option("--component",
                      Arguments->ComponentFile,

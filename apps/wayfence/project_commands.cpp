@@ -5,9 +5,9 @@
 #include <cmath>
 #include <memory>
 #include <string>
-#include <utility>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/option_values.h"
 
 namespace Wayfence {
 namespace {
@@ -65,7 +65,8 @@ void ReadPlace(const std::string& AText, TRouteArguments& AArguments) {
   const auto X = std::from_chars(AText.data(), End, AArguments.X);
   const auto Y = std::from_chars(Skip(X.ptr), End, AArguments.Y);
   const auto Map = std::from_chars(Skip(Y.ptr), End, AArguments.Map);
-  if (X.ec != std::errc() || Y.ec != std::errc() || Map.ec != std::errc() || Map.ptr != End)
+  if (X.ec != std::errc() || Y.ec != std::errc() || Map.ec != std::errc() || Map.ptr != End ||
+      !std::isfinite(AArguments.X) || !std::isfinite(AArguments.Y))
     throw CLI::ValidationError("--from", "'" + AText + "' is not X,Y,MAP, for example 1.5,6,0");
 }
 
@@ -108,7 +109,7 @@ void AddRender(CLI::App& AProgram, TCommand& AChosen) {
       ->check(CLI::IsMember({"ShowBeacons", "ShowBeaconSignal", "ShowZones", "ShowPaths", "None"}))
       ->capture_default_str();
   Command.add_option("--rotation", Arguments->Rotation, "Degrees that the view is turned by")
-      ->check(CLI::Range(-180, 180))
+      ->check(WholeNumberFrom(-180, 180))
       ->capture_default_str();
   Command
       .add_option("--route",
@@ -213,15 +214,13 @@ void AddImport(CLI::App& AGroup, TCommand& AChosen) {
   Command.add_option_function<std::string>(
       "--origin",
       [Arguments](const std::string& AText) {
-        Arguments->Origin = ReadPair(AText, ',', "--origin", "LON,LAT or X,Y");
+        Arguments->Origin = ReadPair("--origin", AText, ',', "LON,LAT or X,Y");
       },
       "What becomes the upper left corner of every map, LON,LAT or X,Y in metres; where\n"
       "each floor begins if it is not given");
   Command.add_option_function<std::string>(
       "--size",
-      [Arguments](const std::string& AText) {
-        Arguments->Size = ReadPair(AText, 'x', "--size", "WIDTHxHEIGHT in metres");
-      },
+      [Arguments](const std::string& AText) { Arguments->Size = ReadMetres("--size", AText); },
       "The size of every map, WIDTHxHEIGHT in metres; plans in metres then begin at 0,0");
   Command.add_flag("--y-up", Arguments->IsYUp, "Y of what is in metres runs upwards");
   Command.add_flag("--overwrite", Arguments->Overwrite, "Replace the file if it is there");

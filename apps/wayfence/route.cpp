@@ -1,8 +1,6 @@
 // wayfence route: the shortest way to a point of interest.
 #include <fmt/format.h>
 
-#include <cmath>
-
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/json_line.h"
 #include "apps/wayfence/map_session.h"
@@ -52,8 +50,6 @@ int RunRoute(const TRouteArguments& AArguments) {
   if (AArguments.Map < 0 || AArguments.Map >= MapCount)
     throw EGeneralError(
         fmt::format("--from: there is no map {}; the project has {}", AArguments.Map, MapCount));
-  if (!std::isfinite(AArguments.X) || !std::isfinite(AArguments.Y))
-    throw EGeneralError("--from: X and Y are numbers in map units");
   Project.SetCurrentMapIndex(AArguments.Map);
   const std::int32_t Poi = IndexOfPoi(Project, AArguments.To);
   RequirePath(Project, AArguments.Map);

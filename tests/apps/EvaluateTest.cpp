@@ -200,11 +200,12 @@ TEST_F(Evaluate, OtherRefusalsNameWhatIsWrong) {
         TCase{2, "--size 10", "--size: '10' is not WIDTHxHEIGHT in metres"},
         TCase{2, "--size 10x", "--size: '10x' is not"},
         TCase{2, "--size 10x10m", "--size: '10x10m' is not"},
-        TCase{2, "--size 0x10", "--size: '0x10' is not"},
-        TCase{2, "--size 10x-1", "--size: '10x-1' is not"},
+        TCase{2, "--size 0x10", "--size: '0x10': width and height are above 0"},
+        TCase{2, "--size 10x-1", "--size: '10x-1': width and height"},
         TCase{2, "--size axb", "--size: 'axb' is not"},
-        TCase{2, "--interval 0", "--interval: Value 0 not in range"},
-        TCase{2, "--skip -1", "--skip: Value -1 not in range"}})
+        TCase{2, "--interval 0", "--interval: '0' is no whole number from 1"},
+        TCase{2, "--spc nan", "--spc: 'nan' is no number from 0 to 10"},
+        TCase{2, "--skip -1", "--skip: '-1' is no number from 0"}})
     ExpectRefusal(C.ExitCode, WithTheRest(C.Arguments), C.Message);
   ExpectRefusal(2, "evaluate --beacons beacons.csv", "--source is required");
   ExpectRefusal(1,

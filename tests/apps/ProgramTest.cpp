@@ -156,7 +156,7 @@ TEST_F(Program, RefusalsAndWrongUsageHaveOneClearMessage) {
       {2, "zones", "FILE.json is required"},
       {2, "scan --speed 2 --source walk.log", "--speed: 2 not in {0,1}"},
       {2, "record copy --format wav --source walk.log", "--format: wav not in {log,btsnoop,pcap}"},
-      {2, "scan --seconds -1 --source walk.log", "--seconds: Value -1 not in range"},
+      {2, "scan --seconds -1 --source walk.log", "--seconds: '-1' is no number from 0"},
   };
   for (const TCase& C : Cases) ExpectRefusal(C.ExitCode, C.Arguments, C.Message);
   EXPECT_EQ(LinesOf(OutputOf("scan --source walk.log")).size(), 7U);

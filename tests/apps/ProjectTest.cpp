@@ -67,7 +67,23 @@ TEST_F(ProjectTest, RefusedProjectsSayWhatAndWhere) {
         {"nothing.xml", "nothing.xml: there is no scene: the entry 'project' is missing"},
         {"damaged.zip", "damaged.zip"}})
     ExpectRefusal(1, std::string("inspect ") + File, std::string("wayfence: ") + Message);
-  ExpectRefusal(2, "route office.xml --from here --to X", "--from: 'here' is not X,Y,MAP");
+  for (const auto& [Arguments, Message] :
+       {std::pair{"route a.xml --from here --to X", "--from: 'here' is not X,Y,MAP"},
+        {"route a.xml --from nan,1,0 --to X", "--from: 'nan,1,0' is not X,Y,MAP"},
+        {"render a.xml -o a.png --rotation 7.5", "--rotation: '7.5' is no whole number from -180"},
+        {"project import a.xml --beacons b --size 0x0",
+         "--size: '0x0': width and height are above"},
+        {"project import a.xml --beacons b --size 1e9x1", "--size: '1e9x1': width and height are"},
+        {"map a.xml --size 9000x9000",
+         "--size: '9000x9000': width and height are whole numbers of pixels from 1 to 8192"},
+        {"map a.xml --size 640x480x2", "--size: '640x480x2' is not WIDTHxHEIGHT in pixels"},
+        {"map a.xml --every nan", "--every: 'nan' is no number from 0 to 1000000"},
+        {"map a.xml --seed -1", "--seed: '-1' is no whole number from 0 to 18446744073709551615"},
+        {"map a.xml --seed 18446744073709551616", "--seed: '18446744073709551616' is no whole"},
+        {"map a.xml --seed ''", "--seed: '' is no whole number"},
+        {"map a.xml --frames ''", "--frames: something is expected here"},
+        {"map '' --route X", "PROJECT: something is expected here"}})
+    ExpectRefusal(2, Arguments, Message);
 }
 
 /// A project with every fault that is looked for.
