@@ -38,8 +38,9 @@ struct TMapArguments {
   std::string FrameDirectory;  ///< empty: no pictures
   double FrameInterval = 1.0;  ///< seconds between two pictures
   std::pair<int, int> FrameSize{1280, 800};
-  std::string RunFile;    ///< empty: none
-  std::string TruthFile;  ///< for the run file
+  bool Overwrite = false;  ///< of pictures
+  std::string RunFile;     ///< empty: none
+  std::string TruthFile;   ///< for the run file
   bool Window = false;
 };
 int RunMap(const TMapArguments& AArguments);

@@ -49,9 +49,11 @@ void AddOfProject(CLI::App& ACommand, TEvaluateArguments& AArguments) {
       ->needs(Project)
       ->group(Group);
   ACommand
-      .add_option("--picture",
-                  AArguments.PictureFile,
-                  "Draw the true way, the estimates and their errors into this PNG file")
+      .add_option(
+          "--picture",
+          AArguments.PictureFile,
+          "Draw the true way, the estimates and their errors into this PNG file; an existing one "
+          "is replaced")
       ->needs(Project)
       ->group(Group);
   ACommand

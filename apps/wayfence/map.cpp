@@ -2,19 +2,20 @@
 #include <fmt/format.h>
 
 #include <cstdio>
-#include <filesystem>
-#include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/map_events.h"
+#include "apps/wayfence/map_frames.h"
 #include "apps/wayfence/map_route.h"
 #include "apps/wayfence/map_session.h"
 #include "apps/wayfence/map_window.h"
 #include "apps/wayfence/output_files.h"
 #include "apps/wayfence/run_recording.h"
 #include "apps/wayfence/run_warnings.h"
-#include "platform/controls/offscreen_control.h"
+#include "platform/errors.h"
 
 namespace Wayfence {
 
@@ -24,39 +25,21 @@ using namespace System::Beacon::Fencing;
 
 namespace {
 
-/// Draws the live map into numbered pictures, once in an interval.
-class TFrames {
- public:
-  TFrames(TBeaconMapFencing& AComponent, const TMapArguments& AArguments)
-      : FComponent(AComponent),
-        FDirectory(AArguments.FrameDirectory),
-        FInterval(AArguments.FrameInterval),
-        FControl(static_cast<float>(AArguments.FrameSize.first),
-                 static_cast<float>(AArguments.FrameSize.second)) {
-    std::filesystem::create_directories(FDirectory);
-    FComponent.SetPaintControl(&FControl);
-    FComponent.SetRotation(0);  // fits the floor in
-  }
-  ~TFrames() { FComponent.SetPaintControl(nullptr); }
-  TFrames(const TFrames&) = delete;
-  TFrames& operator=(const TFrames&) = delete;
-
-  void Draw(double ASeconds) {
-    if (ASeconds < FNext) return;
-    FNext = ASeconds + FInterval;
-    FControl.SavePicture((FDirectory / fmt::format("frame-{:06.1f}.png", ASeconds)).string());
-    ++FCount;
-  }
-  int GetCount() const noexcept { return FCount; }
-
- private:
-  TBeaconMapFencing& FComponent;
-  const std::filesystem::path FDirectory;
-  const double FInterval;
-  TOffscreenControl FControl;
-  double FNext = 0.0;
-  int FCount = 0;
-};
+/// No file that is read is written or removed, and none of an earlier run without being asked.
+void CheckFiles(const TMapArguments& AArguments) {
+  std::vector<std::string> Outputs;
+  if (!AArguments.FrameDirectory.empty()) Outputs = FramesIn(AArguments.FrameDirectory);
+  if (!Outputs.empty() && !AArguments.Overwrite)
+    throw EFileError(
+        fmt::format("{}: the folder holds pictures of an earlier run; --overwrite removes them",
+                    AArguments.FrameDirectory));
+  Outputs.push_back(AArguments.RunFile);
+  CheckOutputs(Outputs,
+               {AArguments.Project,
+                FileOf(AArguments.From),
+                AArguments.ComponentFile,
+                AArguments.TruthFile});
+}
 
 /// A window cannot be in simulated time: a recording then runs as fast as it was made.
 TSourceArguments SourceOf(const TMapArguments& AArguments) {
@@ -100,11 +83,7 @@ TJsonLine FinishedLine(const TBeaconMapFencing& AComponent, double ASeconds) {
 }  // namespace
 
 int RunMap(const TMapArguments& AArguments) {
-  CheckOutputs({AArguments.RunFile},
-               {AArguments.Project,
-                FileOf(AArguments.From),
-                AArguments.ComponentFile,
-                AArguments.TruthFile});
+  CheckFiles(AArguments);
   TMapSession Session(SourceOf(AArguments), AArguments.Project, AArguments.ComponentFile);
   TBeaconMapFencing& Component = Session.Component;
   TWatchedSource& Source = *Session.Run.Source;

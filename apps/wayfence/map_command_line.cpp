@@ -12,30 +12,24 @@
 namespace Wayfence {
 namespace {
 
-/// "WIDTHxHEIGHT" in pixels.
-std::pair<int, int> ReadPixels(const std::string& AText) {
-  constexpr int MaxPixels = 8192;
-  std::pair<int, int> Result;
-  const char* const End = AText.data() + AText.size();
-  const auto Width = std::from_chars(AText.data(), End, Result.first);
-  const bool HasHeight = Width.ec == std::errc() && Width.ptr != End && *Width.ptr == 'x';
-  const auto Height = std::from_chars(HasHeight ? Width.ptr + 1 : End, End, Result.second);
-  const auto IsSize = [](int AValue) { return AValue > 0 && AValue <= MaxPixels; };
-  if (Height.ec != std::errc() || Height.ptr != End || !IsSize(Result.first) ||
-      !IsSize(Result.second))
-    throw CLI::ValidationError("--size", "'" + AText + "' is not WIDTHxHEIGHT in pixels");
-  return Result;
-}
-
 void AddPictures(CLI::App& ACommand, const std::shared_ptr<TMapArguments>& AArguments) {
-  ACommand.add_option("--frames", AArguments->FrameDirectory, "Draw the live map into this folder");
+  ACommand.add_option("--frames",
+                      AArguments->FrameDirectory,
+                      "Draw the live map into this folder, as frame-SECONDS.png");
   ACommand.add_option("--every", AArguments->FrameInterval, "Seconds between two pictures")
-      ->check(CLI::Range(0.0, 1e6))
+      ->check(NumberFrom(0.0, 1e6))
       ->capture_default_str();
   ACommand.add_option_function<std::string>(
       "--size",
-      [AArguments](const std::string& AText) { AArguments->FrameSize = ReadPixels(AText); },
+      [AArguments](const std::string& AText) {
+        AArguments->FrameSize = ReadPixels("--size", AText);
+      },
       "Their size, WIDTHxHEIGHT in pixels; by default 1280x800");
+  ACommand
+      .add_flag("--overwrite",
+                AArguments->Overwrite,
+                "Remove the frame-SECONDS.png that the folder holds already")
+      ->needs("--frames");
   ACommand
       .add_flag("--window",
                 AArguments->Window,
@@ -67,7 +61,9 @@ void AddMap(CLI::App& AProgram, std::function<int()>& AChosen) {
                      Arguments->Route,
                      "Show the way to this point of interest, and tell of the arrival");
   AddPictures(Command, Arguments);
-  Command.add_option("--run", Arguments->RunFile, "Write what happens for 'wayfence report'");
+  Command.add_option("--run",
+                     Arguments->RunFile,
+                     "Write what happens for 'wayfence report'; an existing file is replaced");
   Command
       .add_option("--truth",
                   Arguments->TruthFile,

@@ -99,11 +99,16 @@ void AddRender(CLI::App& AProgram, TCommand& AChosen) {
   CLI::App& Command =
       Add(AProgram, "render", "Draws a floor of a project", AChosen, &RunRender, Arguments);
   Command.add_option("PROJECT", Arguments->Project, ProjectHelp)->required();
-  Command.add_option("-o,--output", Arguments->File, "The picture to write, a PNG file")
+  Command
+      .add_option("-o,--output",
+                  Arguments->File,
+                  "The picture to write, a PNG file; an existing one is replaced")
       ->required();
-  Command.add_option("--map", Arguments->Map, "Which map, from 0 on")->capture_default_str();
+  Command.add_option("--map", Arguments->Map, "Which map, from 0 on")
+      ->check(WholeNumberFrom(0, INT32_MAX))
+      ->capture_default_str();
   Command.add_option("--width", Arguments->Width, "Pixels; the height follows from the map")
-      ->check(CLI::Range(1, 32767))
+      ->check(WholeNumberFrom(1, 32767))
       ->capture_default_str();
   Command.add_option("--options", Arguments->Options, "What to show beside the floor itself")
       ->check(CLI::IsMember({"ShowBeacons", "ShowBeaconSignal", "ShowZones", "ShowPaths", "None"}))

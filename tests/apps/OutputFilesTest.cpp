@@ -71,5 +71,18 @@ TEST_F(OutputFiles, ARunThatCannotBeginLeavesAnEarlierOne) {
   EXPECT_TRUE(Run("report walk.run -o walk.html").Messages.starts_with("wayfence: walk.run:"));
 }
 
+TEST_F(OutputFiles, PicturesOfTwoRunsDoNotMix) {
+  const std::string Map = "map shop.xml --source walk.log --every 1 --size 40x30 --frames ";
+  OutputOf(Map + "frames");
+  for (const char* Name : {"frame-0999.5.png", "frame-1.png", "frame-plan.png"})
+    ReplaceFile(Path("frames/") + Name, "");
+  ExpectRefusal(1, Map + "frames", "wayfence: frames: the folder holds pictures of an earlier run");
+  ExpectRefusal(1, Map + "walk.log", "wayfence: walk.log: this is no folder");
+  OutputOf(Map + "frames --overwrite");
+  EXPECT_FALSE(std::filesystem::exists(Path("frames/frame-0999.5.png")));
+  for (const char* Name : {"frame-1.png", "frame-plan.png"})
+    EXPECT_TRUE(std::filesystem::exists(Path("frames/") + Name)) << Name;
+}
+
 }  // namespace
 }  // namespace Wayfence
