@@ -84,6 +84,8 @@ class TBundle : public TInterfacedObject, public virtual IBundle {
 
   /// Writes all files and their table as an archive, which is replaced as a whole.
   void SaveToArchive(const std::string& AFile);
+  /// Writes them into a directory that is new or empty.
+  void SaveToDirectory(const std::string& APath);
 
  private:
   struct TNewFile {
@@ -92,11 +94,15 @@ class TBundle : public TInterfacedObject, public virtual IBundle {
     std::string Bytes;
   };
 
+  using TContents = std::map<std::string, std::string>;
+
   void Register(const std::string& APath, const std::string& AnId);
   void StoreInMemory(std::vector<TNewFile> AFiles);
   void StoreInMemory(TNewFile AFile);
   void StoreInDirectory(const TNewFile& AFile);
   std::string GetTableWith(const std::string& APath, const std::string& AnId) const;
+  /// Every file by its id, and the table by its name; the place is for messages.
+  TContents GetContents(const std::string& APlace);
   void DropContent(const std::string& AnId);
   void Clear();
   void CheckRoomFor(const std::vector<TNewFile>& AFiles) const;

@@ -100,22 +100,42 @@ std::string TBundle::GetTableWith(const std::string& APath, const std::string& A
   return Result;
 }
 
-void TBundle::SaveToArchive(const std::string& AFile) {
-  std::map<std::string, std::string> Contents;  // by id
+TBundle::TContents TBundle::GetContents(const std::string& APlace) {
+  TContents Result;  // of the files, by id
   std::size_t Size = 0;
   std::string Table;
   for (const auto& [Path, KnownId] : FPathToId) {
     const std::string Id = IsBundleId(KnownId) ? KnownId : GenerateUUId();
     AppendToIdTable(Table, Path, Id);
     std::string Space;
-    const auto [Added, IsNew] = Contents.try_emplace(Id, GetContent(KnownId, Space));
+    const auto [Added, IsNew] = Result.try_emplace(Id, GetContent(KnownId, Space));
     if (IsNew) Size += Added->second.size();
     if (Size > FMaxSize)
-      throw EFileError(fmt::format(fmt::runtime(Messages::SBundleLarge), AFile, FMaxSize));
+      throw EFileError(fmt::format(fmt::runtime(Messages::SBundleLarge), APlace, FMaxSize));
   }
-  std::vector<TZipFile> Files = {{std::string(IdTableName), Table}};
-  for (const auto& [Id, Bytes] : Contents) Files.push_back({Id, Bytes});
+  Result.emplace(IdTableName, Table);  // no id has a dot
+  return Result;
+}
+
+void TBundle::SaveToArchive(const std::string& AFile) {
+  const TContents Contents = GetContents(AFile);
+  const std::string Table(IdTableName);
+  std::vector<TZipFile> Files = {{Table, Contents.at(Table)}};
+  for (const auto& [Name, Bytes] : Contents)
+    if (Name != Table) Files.push_back({Name, Bytes});
   WriteZip(AFile, Files);
+}
+
+void TBundle::SaveToDirectory(const std::string& APath) {
+  std::error_code Error;
+  const TContents Contents = GetContents(APath);
+  std::filesystem::create_directories(APath, Error);
+  if (!Error && !std::filesystem::is_empty(APath, Error) && !Error)
+    Error = std::make_error_code(std::errc::directory_not_empty);
+  if (Error)
+    throw EFileError(fmt::format(fmt::runtime(Messages::SBundleFolder), APath, Error.message()));
+  for (const auto& [Name, Bytes] : Contents)
+    ReplacePlainFile((std::filesystem::path(APath) / Name).string(), Bytes);
 }
 
 void TBundle::Clear() {

@@ -45,6 +45,8 @@ inline constexpr std::string_view SBundleNoPair = "the last path has no line wit
 inline constexpr std::string_view SBundleMany = "there are more than {} files";
 inline constexpr std::string_view SBundleLarge =
     "{}: the bundle would hold more than {} bytes; raise its bound or pack less";
+inline constexpr std::string_view SBundleFolder =
+    "{}: the folder cannot be made: {}; name one that is new or empty";
 inline constexpr std::string_view SBundleTextLarge =
     "the bundle's text would be longer than {} bytes; keep it in a directory or an archive";
 

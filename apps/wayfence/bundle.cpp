@@ -11,6 +11,10 @@
 #include "apps/wayfence/project_file.h"
 #include "platform/errors.h"
 #include "platform/files.h"
+#include "platform/reflection.h"
+#include "platform/xml.h"
+#include "runtimepaint/project_reader.h"
+#include "scene/canvas/System.Beacon.Fencing.Canvas.Wyx.h"
 
 namespace Wayfence {
 
@@ -20,8 +24,16 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// A path that ends with '/' names a directory, and so does one that is there.
+bool IsDirectory(const std::string& APath) {
+  std::error_code Ignored;
+  return APath.ends_with('/') || fs::is_directory(APath, Ignored);
+}
+
 void Save(TBundle& ABundle, const std::string& AFile) {
-  if (fs::path(AFile).extension() == ".zip")
+  if (IsDirectory(AFile))
+    ABundle.SaveToDirectory(AFile);
+  else if (fs::path(AFile).extension() == ".zip")
     ABundle.SaveToArchive(AFile);
   else
     ReplaceFile(AFile, ABundle.SerializeToXML());
@@ -38,6 +50,17 @@ void AddFiles(TBundle& ABundle, const TBundleArguments& AArguments) {
       throw EFileError(fmt::format("{}: there is a file '{}' in the bundle already", File, Name));
     ABundle.AddString(Name, ReadWholeFile(File, MaxSize), Id, false);
   }
+}
+
+/// A scene that no command would read makes no bundle.
+void RequireScene(const TRef<TBundle>& ABundle, const std::string& AFile) {
+  const TRef<IXMLDocument> Document = ParseXML(ABundle->GetStringForKey("project"), AFile);
+  if (SameName(std::string(Document->GetDocumentElement()->GetNodeName()), "bundle"))
+    throw EFileError(
+        fmt::format("{}: this is a bundle already, and the text of a scene is expected: 'wayfence "
+                    "bundle extract' unpacks it, its scene is then the file 'project'",
+                    AFile));
+  ReadSceneOf(ABundle, AFile);
 }
 
 /// Where a path of a bundle goes below a directory; raises when it leads elsewhere.
@@ -93,9 +116,10 @@ int RunBundleCreate(const TBundleArguments& AArguments) {
   std::vector<std::string> Inputs = AArguments.Files;
   Inputs.push_back(AArguments.SceneFile);
   CheckOutputs({AArguments.Bundle}, Inputs);
-  CheckOverwrite({AArguments.Bundle}, AArguments.Overwrite);
-  const TRef<TBundle> Bundle = New<TBundle>(nullptr);
+  if (!IsDirectory(AArguments.Bundle)) CheckOverwrite({AArguments.Bundle}, AArguments.Overwrite);
+  const TRef<TBundle> Bundle = New<TBundle>(New<Canvas::TWyxCanvas>());
   AddFiles(*Bundle, AArguments);
+  RequireScene(Bundle, AArguments.SceneFile);
   Save(*Bundle, AArguments.Bundle);
   return ExitDone;
 }

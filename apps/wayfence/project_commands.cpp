@@ -137,12 +137,19 @@ void AddBundle(CLI::App& AProgram, TCommand& AChosen) {
                          AChosen,
                          &RunBundleCreate,
                          Arguments);
-  Create.add_option("BUNDLE", Arguments->Bundle, "The file to write: .zip, or else XML")
+  Create
+      .add_option("BUNDLE",
+                  Arguments->Bundle,
+                  "The file to write: .zip, or else XML; a new folder if it ends with /")
       ->required();
-  Create.add_option("SCENE.xml", Arguments->SceneFile, "The text of the scene")->required();
+  Create.add_option("SCENE.xml", Arguments->SceneFile, "The text of the scene, no bundle")
+      ->required();
   Create.add_option("FILE", Arguments->Files, "Pictures, kept under their file names");
   Create.add_flag("--overwrite", Arguments->Overwrite, "Replace a bundle that is there");
-  Create.footer("Example:\n  wayfence bundle create office.zip scene.xml ground.png upper.png");
+  Create.footer(
+      "Examples:\n"
+      "  wayfence bundle create office.zip scene.xml ground.png upper.png\n"
+      "  wayfence bundle create office/ scene.xml ground.png upper.png");
   CLI::App& List = Add(
       Group, "list", "Lists the files of a bundle, as JSON", AChosen, &RunBundleList, Arguments);
   List.add_option("BUNDLE", Arguments->Bundle, ProjectHelp)->required();
@@ -152,23 +159,12 @@ void AddBundle(CLI::App& AProgram, TCommand& AChosen) {
   Extract.add_option("DIRECTORY", Arguments->Directory, "Where to; made if it is missing")
       ->capture_default_str();
   Extract.add_flag("--overwrite", Arguments->Overwrite, "Replace files that are there");
-  Extract.footer("The scene's text is the file 'project'.");
-}
-
-/// Two finite numbers with a separator between.
-std::pair<double, double> ReadPair(const std::string& AText,
-                                   char ASeparator,
-                                   const std::string& AOption,
-                                   const std::string& AForm) {
-  const char* const End = AText.data() + AText.size();
-  std::pair<double, double> Result;
-  const auto First = std::from_chars(AText.data(), End, Result.first);
-  const bool IsParted = First.ec == std::errc() && First.ptr != End && *First.ptr == ASeparator;
-  const auto Second = std::from_chars(IsParted ? First.ptr + 1 : End, End, Result.second);
-  if (Second.ec != std::errc() || Second.ptr != End || !std::isfinite(Result.first) ||
-      !std::isfinite(Result.second))
-    throw CLI::ValidationError(AOption, "'" + AText + "' is not " + AForm);
-  return Result;
+  Extract.footer(
+      "The scene's text is the file 'project'. What is unpacked is no bundle itself; 'wayfence\n"
+      "bundle create' makes one of it again, also one that is a folder.\n"
+      "Example:\n"
+      "  wayfence bundle extract office.zip office\n"
+      "  wayfence bundle create again.zip office/project office/*.png");
 }
 
 constexpr const char* ImportFooter =

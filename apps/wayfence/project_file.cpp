@@ -24,8 +24,11 @@ namespace {
 void OpenDirectory(TBundle& ABundle, const std::string& APath) {
   ABundle.SetWorkingDirectory((std::filesystem::path(APath) / "").string());
   if (!std::filesystem::exists(ABundle.GetIdMapFilePath()))
-    throw EFileError(fmt::format(
-        "{}: this directory is no bundle: it has no table of files, {}", APath, "MapId.txt"));
+    throw EFileError(
+        fmt::format("{0}: this directory is no bundle: it has no table of files, MapId.txt; of an "
+                    "unpacked one 'wayfence bundle create FILE.zip {0}/project PICTURE...' makes a "
+                    "bundle again",
+                    APath));
 }
 
 /// A document of a scene alone becomes a bundle that holds it.

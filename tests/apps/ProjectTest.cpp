@@ -37,8 +37,17 @@ TEST_F(ProjectTest, NewProjectIsRoutedPackedAndUnpacked) {
   const std::string Inspected = OutputOf("inspect office.xml");
   OutputOf("bundle extract office.xml unpacked");
   OutputOf("bundle create again.zip unpacked/project unpacked/ground.png unpacked/upper.png");
-  ExpectRefusal(1, "bundle create office.xml again.zip", "wayfence: office.xml: the file is there");
-  ExpectRefusal(1, "route office.xml --from nan,1,0 --to Bookshelf", "wayfence: --from: X and Y");
+  OutputOf("bundle create folder/ unpacked/project unpacked/ground.png unpacked/upper.png");
+  for (const auto& [Arguments, Message] :
+       {std::pair{"bundle create office.xml again.zip", "office.xml: the file is there"},
+        {"bundle create folder unpacked/project",
+         "folder: the folder cannot be made: Directory not"},
+        {"bundle create x.zip office.xml", "office.xml: this is a bundle already"},
+        {"bundle create x.zip unpacked/ground.png", "unpacked/ground.png:1:1: "},
+        {"check unpacked", "unpacked: this directory is no bundle"},
+        {"render folder -o folder/MapId.txt", "folder/MapId.txt: this file is read"}})
+    ExpectRefusal(1, Arguments, std::string("wayfence: ") + Message);
+  EXPECT_EQ(OutputOf("inspect folder"), Inspected);
   EXPECT_EQ(OutputOf("inspect again.zip"), Inspected);
   EXPECT_EQ(OutputOf("inspect unpacked/project"), Inspected);
   EXPECT_EQ(OutputOf("check again.zip"), "");
