@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/messages.h"
 #include "apps/wayfence/project_faults.h"
 #include "map/node_names.h"
 
@@ -25,7 +26,14 @@ bool TFaults::HasErrors() const {
 }
 
 std::string TFaults::PlaceOf(INode& ANode) {
-  return System::Beacon::Fencing::Scene::Beacons::PlaceInScene(ANode);
+  std::string Result;
+  const std::string Place = System::Beacon::Fencing::Scene::Beacons::PlaceInScene(ANode);
+  constexpr std::string_view Parting = " > ";
+  for (std::size_t From = 0, End = 0; End != std::string::npos; From = End + Parting.size()) {
+    End = Place.find(Parting, From);
+    Result += (From == 0 ? "" : std::string(Parting)) + Clipped(Place.substr(From, End - From));
+  }
+  return Result;
 }
 
 int RunCheck(const TCheckArguments& AArguments) {
@@ -36,8 +44,8 @@ int RunCheck(const TCheckArguments& AArguments) {
   for (const TFault& Fault : Faults.Get())
     fmt::print("{}: {}: {}\n",
                Fault.Kind == TFault::TKind::Error ? "error" : "warning",
-               Fault.Where,
-               Fault.Text);
+               Printable(Fault.Where),
+               Printable(Fault.Text));
   return Faults.HasErrors() ? ExitRefused : ExitDone;
 }
 

@@ -3,6 +3,7 @@
 
 #include <map>
 
+#include "apps/wayfence/messages.h"
 #include "apps/wayfence/project_faults.h"
 #include "apps/wayfence/scene_walk.h"
 
@@ -66,9 +67,11 @@ void CheckCount(TMap& AMap, TFaults& AFaults) {
   for (const TMapBeacon* Beacon : NodesOf<TMapBeacon>(&AMap))
     Count += Beacon->GetUseToPositioning();
   if (Count < Needed)
-    AFaults.AddWarning(
-        TFaults::PlaceOf(AMap),
-        fmt::format("{} beacons are used for positions; fewer than {} give none", Count, Needed));
+    AFaults.AddWarning(TFaults::PlaceOf(AMap),
+                       fmt::format("{} {} used for positions; fewer than {} give none",
+                                   Counted(static_cast<std::uint64_t>(Count), "beacon"),
+                                   Count == 1 ? "is" : "are",
+                                   Needed));
 }
 
 }  // namespace

@@ -38,7 +38,10 @@ void CheckPictures(const TProjectFile& AProject, TFaults& AFaults) {
     const std::string Path = Shape->GetBitmapPath();
     if (Path.empty()) {
       if (dynamic_cast<TMap*>(Shape))
-        AFaults.AddWarning(TFaults::PlaceOf(*Shape), "the map has no picture; set its BitmapPath");
+        AFaults.AddWarning(
+            TFaults::PlaceOf(*Shape),
+            "the map has no picture; set its BitmapPath, or import it with 'wayfence "
+            "project import --picture'");
       continue;
     }
     const auto [Fault, IsNew] = FaultByPath.try_emplace(Path);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "apps/wayfence/messages.h"
 #include "platform/errors.h"
 #include "platform/files.h"
 
@@ -38,14 +39,16 @@ TCsvReader::TCsvReader(const std::string& AFileName, std::string AText)
   FColumns.swap(FFields);
   for (std::size_t I = 0; I < FColumns.size(); ++I)
     if (IndexOf(FColumns[I]) != I)
-      Refuse(fmt::format("column {} is there twice", Shown(FColumns[I])));
+      Refuse(fmt::format("column {} is there twice{}", Clipped(FColumns[I]), GetHint()));
 }
 
 bool TCsvReader::Next() {
   if (!ReadRow()) return false;
   if (FFields.size() != FColumns.size())
-    Refuse(fmt::format(
-        "{} fields where the first line names {} columns", FFields.size(), FColumns.size()));
+    Refuse(fmt::format("{} where the first line names {}{}",
+                       Counted(FFields.size(), "field"),
+                       Counted(FColumns.size(), "column"),
+                       GetHint()));
   return true;
 }
 
@@ -59,10 +62,19 @@ std::size_t TCsvReader::IndexOf(std::string_view AColumn) const {
 std::string_view TCsvReader::ColumnOf(std::initializer_list<std::string_view> ANames) const {
   for (const std::string_view Name : ANames)
     if (IndexOf(Name) < FColumns.size()) return Name;
-  throw System::EFileError(fmt::format("{}:1: there is no column {}; there are {}",
+  throw System::EFileError(fmt::format("{}:1: there is no column {}; there are {}{}",
                                        FFileName,
                                        *ANames.begin(),
-                                       Shown(fmt::format("{}", fmt::join(FColumns, ", ")))));
+                                       Shown(fmt::format("{}", fmt::join(FColumns, ", "))),
+                                       GetHint()));
+}
+
+std::string TCsvReader::GetHint() const {
+  const std::string& First = FColumns.front();
+  if (First.find_first_of(";\t") != std::string::npos) return "; commas separate columns";
+  if (First.find_first_not_of("0123456789.-+eE") == std::string::npos)
+    return "; the first line has to name the columns";
+  return {};
 }
 
 std::string_view TCsvReader::GetText(std::string_view AColumn) const {

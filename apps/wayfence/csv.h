@@ -36,6 +36,8 @@ class TCsvReader final : public TFields {
   std::string GetSource() const override;
 
  private:
+  /// What the first line has wrong, if that can be seen, as the end of a message.
+  std::string GetHint() const;
   bool ReadRow();
   std::string ReadField();
   std::string ReadQuoted();

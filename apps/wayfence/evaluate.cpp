@@ -9,6 +9,7 @@
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/evaluate_project.h"
 #include "apps/wayfence/filter_options.h"
+#include "apps/wayfence/messages.h"
 #include "apps/wayfence/position_errors.h"
 #include "apps/wayfence/position_run.h"
 #include "apps/wayfence/source.h"
@@ -36,25 +37,17 @@ struct TComparison {
   }
 };
 
-void Warn(const std::string& AText) {
-  std::fprintf(stderr, "wayfence: %s\n", AText.c_str());
-}
-
-std::string Counted(std::uint64_t ACount, const char* AWhat) {
-  return fmt::format("{} {}{}", ACount, AWhat, ACount == 1 ? "" : "s");
-}
-
 void WarnOfBeacons(const TBeaconFile& ABeacons, const std::string& AFileName) {
   if (ABeacons.Repeated > 0)
-    Warn(fmt::format("{}:{}: {} with the identity of one above; the first one counts",
-                     AFileName,
-                     ABeacons.FirstRepeatedLine,
-                     Counted(ABeacons.Repeated, "beacon")));
+    Say(fmt::format("{}:{}: {} with the identity of one above; the first one counts",
+                    AFileName,
+                    ABeacons.FirstRepeatedLine,
+                    Counted(ABeacons.Repeated, "beacon")));
   if (ABeacons.OtherMaps > 0)
-    Warn(fmt::format("{}: {} left out, not on map {} as the first one is",
-                     AFileName,
-                     Counted(ABeacons.OtherMaps, "beacon"),
-                     ABeacons.Map));
+    Say(fmt::format("{}: {} left out, not on map {} as the first one is",
+                    AFileName,
+                    Counted(ABeacons.OtherMaps, "beacon"),
+                    ABeacons.Map));
 }
 
 void LoadOptions(TParticleFilterOptions& AOptions, const TEvaluateArguments& AArguments) {
@@ -85,13 +78,13 @@ void WarnOfRun(const TPositionRun& ARun,
                const TComparison& AComparison,
                std::uint64_t ABeaconsToUse) {
   if (ARun.GetFramesWithoutPower() > 0)
-    Warn(fmt::format("{} without a power left out; the beacon file can give it",
-                     Counted(ARun.GetFramesWithoutPower(), "frame")));
+    Say(fmt::format("{} without a power left out; the beacon file can give it",
+                    Counted(ARun.GetFramesWithoutPower(), "frame")));
   if (ARun.GetEstimates().empty())
-    Warn(fmt::format("no estimate: never were {} with a known distance heard at once",
-                     Counted(ABeaconsToUse, "listed beacon")));
+    Say(fmt::format("no estimate: never were {} with a known distance heard at once",
+                    Counted(ABeaconsToUse, "listed beacon")));
   else if (AComparison.Estimates == 0)
-    Warn(
+    Say(
         fmt::format("none of {} estimates lies at a known position; see that the beacons, the size "
                     "and the times belong to the recording",
                     ARun.GetEstimates().size()));

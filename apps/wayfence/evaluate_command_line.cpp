@@ -14,8 +14,7 @@ namespace Wayfence {
 namespace {
 
 void AddCommon(CLI::App& ACommand, TEvaluateArguments& AArguments) {
-  AddSource(ACommand, AArguments.From, false);
-  ACommand.get_option("--source")->required();
+  AddSource(ACommand, AArguments.From, {.Radio = false, .Walks = true, .Speed = false});
   ACommand
       .add_option("--truth",
                   AArguments.TruthFile,

@@ -8,6 +8,7 @@
 #include "apps/wayfence/evaluation_picture.h"
 #include "apps/wayfence/map_route.h"
 #include "apps/wayfence/map_session.h"
+#include "apps/wayfence/messages.h"
 #include "apps/wayfence/output_files.h"
 #include "apps/wayfence/project_comparison.h"
 #include "apps/wayfence/run_warnings.h"
@@ -52,10 +53,10 @@ void WarnOfRun(const TMapSession& ASession,
   if (AWalk.GetEstimates().empty())
     WarnOfNoEstimate(ASession);
   else if (AComparison.Estimates == 0)
-    fmt::print(stderr,
-               "wayfence: none of {} estimates lies at a known position; see that the times of the "
-               "truth belong to the recording\n",
-               AWalk.GetEstimates().size());
+    Say(
+        fmt::format("none of {} estimates lies at a known position; see that the times of the "
+                    "truth belong to the recording",
+                    AWalk.GetEstimates().size()));
 }
 
 }  // namespace

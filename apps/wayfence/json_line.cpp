@@ -5,9 +5,7 @@
 #include <cstdio>
 
 namespace Wayfence {
-namespace {
 
-/// The length of the UTF-8 sequence at the start of a text, 0 when it is none.
 std::size_t SequenceLength(std::string_view AText) {
   const auto Byte = [&AText](std::size_t I) { return static_cast<unsigned char>(AText[I]); };
   const unsigned char First = Byte(0);
@@ -24,8 +22,6 @@ std::size_t SequenceLength(std::string_view AText) {
   const bool IsOutside = (First == 0xED && Byte(1) > 0x9F) || (First == 0xF4 && Byte(1) > 0x8F);
   return IsOverlong || IsOutside ? 0 : Length;
 }
-
-}  // namespace
 
 std::string JsonString(std::string_view AText) {
   std::string Result = "\"";

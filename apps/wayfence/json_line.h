@@ -1,6 +1,7 @@
 // One JSON object on one line, written to standard output.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -27,6 +28,9 @@ class TJsonLine {
  private:
   std::string FMembers;
 };
+
+/// The length of the UTF-8 sequence at the start of a text that is not empty, 0 when it is none.
+std::size_t SequenceLength(std::string_view AText);
 
 /// A text as a JSON string, quotes included. Bytes that are no UTF-8 become U+FFFD.
 std::string JsonString(std::string_view AText);

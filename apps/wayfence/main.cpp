@@ -1,13 +1,18 @@
 // The program's command line.
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "apps/wayfence/commands.h"
 #include "apps/wayfence/evaluate_command_line.h"
 #include "apps/wayfence/map_command_line.h"
+#include "apps/wayfence/messages.h"
 #include "apps/wayfence/option_values.h"
 #include "apps/wayfence/project_commands.h"
 #include "apps/wayfence/source_command_line.h"
@@ -61,7 +66,7 @@ CLI::App* AddRecord(CLI::App& AProgram, TRecordArguments& AArguments) {
       "record", "Writes what a source delivers to a file that every command can read");
   Command.add_option("FILE", AArguments.File, "The file to write; an existing one is replaced")
       ->required();
-  AddSource(Command, AArguments.From, false);
+  AddSource(Command, AArguments.From, {.Speed = false});
   Command.add_option("--format", AArguments.Format, "The format of the file")
       ->check(CLI::IsMember({"log", "btsnoop", "pcap"}))
       ->capture_default_str();
@@ -128,10 +133,27 @@ int Run(const std::function<int()>& ACommand) {
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
       throw System::EFileError("standard output cannot be written to; the output is incomplete");
     return Result;
+  } catch (const std::filesystem::filesystem_error& Error) {
+    Say(Error.path1().empty() ? Error.what()
+                              : Error.path1().string() + ": " + Error.code().message());
   } catch (const std::exception& Error) {
-    std::fprintf(stderr, "wayfence: %s\n", Error.what());
-    return ExitRefused;
+    Say(Error.what());
   }
+  return ExitRefused;
+}
+
+/// What to say of a word that stands where a command should; empty where none does.
+std::string FaultOfCommand(const CLI::App& AProgram) {
+  const CLI::App* Group = &AProgram;
+  while (!Group->get_subcommands().empty()) Group = Group->get_subcommands().front();
+  const std::vector<std::string> Words = AProgram.remaining(true);
+  const auto Commands = Group->get_subcommands([](const CLI::App*) { return true; });
+  if (Commands.empty() || Words.empty() || Words.front().starts_with('-')) return {};
+  std::string Names;
+  for (const CLI::App* Command : Commands)
+    Names += (Names.empty() ? "" : ", ") + Command->get_name();
+  const std::string Path = Group == &AProgram ? "" : Group->get_name() + " ";
+  return fmt::format("there is no command '{}{}'; there are {}", Path, Words.front(), Names);
 }
 
 }  // namespace
@@ -164,6 +186,10 @@ int main(int ACount, char** AValues) {
   try {
     Program.parse(ACount, AValues);
   } catch (const CLI::ParseError& Error) {
+    if (const std::string Fault = FaultOfCommand(Program); !Fault.empty()) {
+      Say(Fault);
+      return ExitUsage;
+    }
     return Program.exit(Error) == 0 ? ExitDone : ExitUsage;
   }
   return Run(Command);

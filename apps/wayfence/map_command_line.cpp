@@ -50,7 +50,7 @@ void AddMap(CLI::App& AProgram, std::function<int()>& AChosen) {
                   Arguments->Project,
                   "The project: a bundle (XML, .zip or a directory), or the XML of its scene alone")
       ->required();
-  AddSource(Command, Arguments->From);
+  AddSource(Command, Arguments->From, {.Walks = true});
   Command.add_option("--seed", Arguments->From.Seed, "Fixes every random number of the run")
       ->check(SeedNumber())
       ->capture_default_str();

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "apps/wayfence/map_session.h"
+#include "apps/wayfence/messages.h"
 
 namespace Wayfence {
 
@@ -14,8 +15,7 @@ TMapRoute::TMapRoute(System::Beacon::Fencing::TBeaconMapFencing& AComponent,
 
 void TMapRoute::Begin() {
   if (!FPoi) return;
-  if (!FComponent.ShowPathToNodeIndex(*FPoi))
-    std::fprintf(stderr, "wayfence: no path leads to '%s'\n", FName.c_str());
+  if (!FComponent.ShowPathToNodeIndex(*FPoi)) Say(fmt::format("no path leads to '{}'", FName));
   FPoi.reset();
 }
 

@@ -26,6 +26,15 @@ TTicks LongestSilence(const TBeaconMapFencing& AComponent) {
   return std::max(3600 * TicksPerSecond, UntilLost + 60 * TicksPerSecond);
 }
 
+/// What is raised names the file.
+void ShowProject(TBeaconMapFencing& AComponent, const TProjectFile& AProject) {
+  try {
+    AComponent.SetXMLMap(AProject.Bundle->SerializeToXML());
+  } catch (const EConvertError& Error) {
+    throw EFileError(fmt::format("{}: {}", AProject.Name, Error.what()));
+  }
+}
+
 }  // namespace
 
 TMapSession::TMapSession(const TSourceArguments& AFrom,
@@ -41,7 +50,7 @@ TMapSession::TMapSession(const TSourceArguments& AFrom,
                              TFencingMapOption::ShowBeacons,
                              TFencingMapOption::ShowZones,
                              TFencingMapOption::ShowPaths});
-  Component.SetXMLMap(Project.Bundle->SerializeToXML());
+  ShowProject(Component, Project);
   if (Component.GetProjectInformation().Maps.IsEmpty())
     throw EGeneralError(fmt::format("{}: the project has no map", AProject));
   Run.Source->ShortenSilences(LongestSilence(Component));

@@ -12,6 +12,7 @@
 #include "apps/wayfence/import_geojson.h"
 #include "apps/wayfence/import_place.h"
 #include "apps/wayfence/import_project.h"
+#include "apps/wayfence/messages.h"
 #include "apps/wayfence/output_files.h"
 #include "persistence/json_tree.h"
 #include "platform/errors.h"
@@ -70,8 +71,9 @@ TImportedFloors ReadAll(const TProjectImportArguments& AArguments, TWarnings& AW
 /// Those that are asked for; a name that is there already gets a number.
 void NameMaps(TImportedFloors& AFloors, const std::vector<std::string>& ANames) {
   if (ANames.size() > AFloors.size())
-    throw EGeneralError(
-        fmt::format("{} maps are named, {} are there", ANames.size(), AFloors.size()));
+    throw EGeneralError(fmt::format("--map names {}, and there is no more than {}",
+                                    Counted(ANames.size(), "map"),
+                                    Counted(AFloors.size(), "map")));
   for (std::size_t I = 0; I < ANames.size(); ++I) AFloors[I].Thing.Name = ANames[I];
   std::set<std::string> Taken;
   for (TImportedFloor& Floor : AFloors) {
@@ -83,8 +85,9 @@ void NameMaps(TImportedFloors& AFloors, const std::vector<std::string>& ANames) 
 
 void GivePictures(TImportedFloors& AFloors, const std::vector<std::string>& APictures) {
   if (APictures.size() > AFloors.size())
-    throw EGeneralError(fmt::format(
-        "{} pictures of maps are named, {} maps are there", APictures.size(), AFloors.size()));
+    throw EGeneralError(fmt::format("--picture names {}, and there is no more than {}",
+                                    Counted(APictures.size(), "picture"),
+                                    Counted(AFloors.size(), "map")));
   for (std::size_t I = 0; I < APictures.size(); ++I)
     if (APictures[I] != "-") AFloors[I].Picture = APictures[I];
 }
@@ -92,21 +95,21 @@ void GivePictures(TImportedFloors& AFloors, const std::vector<std::string>& APic
 void PrintWarnings(const TWarnings& AWarnings) {
   constexpr std::size_t MaxPrinted = 20;
   const std::size_t Printed = std::min(AWarnings.size(), MaxPrinted);
-  for (std::size_t I = 0; I < Printed; ++I) fmt::print(stderr, "wayfence: {}\n", AWarnings[I]);
+  for (std::size_t I = 0; I < Printed; ++I) Say(AWarnings[I]);
   if (AWarnings.size() > Printed)
-    fmt::print(stderr, "wayfence: and {} more of the kind\n", AWarnings.size() - Printed);
+    Say(fmt::format("and {} more of the kind", AWarnings.size() - Printed));
 }
 
 void PrintSummary(const std::string& AFile, const TImportedFloors& AFloors) {
   for (const TImportedFloor& Floor : AFloors)
     fmt::print(stderr,
-               "{}: {:.2f} x {:.2f} m, {} zones, {} lines, {} beacons\n",
-               Floor.Thing.Name,
+               "{}: {:.2f} x {:.2f} m, {}, {}, {}\n",
+               Printable(Clipped(Floor.Thing.Name)),
                Floor.Width,
                Floor.Height,
-               Floor.Zones.size(),
-               Floor.Lines.size(),
-               Floor.Beacons.size());
+               Counted(Floor.Zones.size(), "zone"),
+               Counted(Floor.Lines.size(), "line"),
+               Counted(Floor.Beacons.size(), "beacon"));
   fmt::print(stderr, "wrote {}\n", AFile);
 }
 

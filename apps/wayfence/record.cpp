@@ -6,6 +6,7 @@
 #include <string>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/messages.h"
 #include "apps/wayfence/output_files.h"
 #include "apps/wayfence/recording_file.h"
 #include "apps/wayfence/source.h"
@@ -58,18 +59,13 @@ std::uint64_t Listen(TWatchedSource& ASource, IAdvertisementWriter& AWriter, dou
 }
 
 void Report(std::uint64_t ACount, const std::string& AFile) {
-  std::fprintf(stderr,
-               "wayfence: %s\n",
-               fmt::format("{} advertisements written to {}", ACount, AFile).c_str());
+  Say(fmt::format("{} written to {}", Counted(ACount, "advertisement"), AFile));
 }
 
 void ReportProblems(const TReadProblems& AProblems) {
-  for (const std::string& Problem : AProblems.First)
-    std::fprintf(stderr, "wayfence: not read: %s\n", Problem.c_str());
+  for (const std::string& Problem : AProblems.First) Say("not read: " + Problem);
   if (AProblems.Count > AProblems.First.size())
-    std::fprintf(stderr,
-                 "wayfence: and %llu places more\n",
-                 static_cast<unsigned long long>(AProblems.Count - AProblems.First.size()));
+    Say(fmt::format("and {} more", Counted(AProblems.Count - AProblems.First.size(), "place")));
 }
 
 int ConvertRecording(const TRecordArguments& AArguments, IAdvertisementReader& AReader) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/messages.h"
 #include "apps/wayfence/output_files.h"
 #include "apps/wayfence/report_page.h"
 #include "platform/files.h"
@@ -17,11 +18,11 @@ namespace {
 TRunRecord ReadWithWarning(const std::string& AFile) {
   TRunRecord Result = ReadRun(AFile);
   if (Result.TornLine > 0)
-    fmt::print(stderr,
-               "wayfence: {}:{}: the last line is cut short and passed over: the run was "
-               "interrupted\n",
-               AFile,
-               Result.TornLine);
+    Say(
+        fmt::format("{}:{}: the last line is cut short and passed over: the run was "
+                    "interrupted",
+                    AFile,
+                    Result.TornLine));
   return Result;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "apps/wayfence/map_units.h"
+#include "apps/wayfence/messages.h"
 
 namespace Wayfence {
 
@@ -36,11 +37,11 @@ bool TRunRecording::IsOver() {
   if (FIsOver) return true;
   FIsOver = FWriter.IsFull() || FSession.Run.Source->GetSeconds() > MaxRunSeconds;
   if (FIsOver)
-    fmt::print(stderr,
-               "wayfence: the run file is full: it holds {} MiB and {:.0f} s; what follows is not "
-               "kept\n",
-               MaxRunSize >> 20,
-               MaxRunSeconds);
+    Say(
+        fmt::format("the run file is full: it holds {} MiB and {:.0f} s; what follows is not "
+                    "kept",
+                    MaxRunSize >> 20,
+                    MaxRunSeconds));
   return FIsOver;
 }
 

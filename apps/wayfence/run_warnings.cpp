@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "apps/wayfence/messages.h"
 #include "apps/wayfence/project_faults.h"
 #include "apps/wayfence/scene_walk.h"
 
@@ -30,20 +31,19 @@ void WarnOfCounts(const TBeaconMapFencing& AComponent) {
     if (const auto Count = CountUsable(Map.BeaconList); Count < Needed)
       Floors += fmt::format("{}'{}' has {}", Floors.empty() ? "" : ", ", Map.Map->GetName(), Count);
   if (!Floors.empty())
-    fmt::print(stderr,
-               "wayfence: a position takes {} beacons (BeaconsToUse), and fewer are used for "
-               "positions here: {}\n",
-               Needed,
-               Floors);
+    Say(
+        fmt::format("a position takes {} beacons (BeaconsToUse), and fewer are used for "
+                    "positions here: {}",
+                    Needed,
+                    Floors));
 }
 
 void WarnOfPictures(const TProjectFile& AProject) {
   for (auto* Map : NodesOf<Scene::Beacons::TMap>(AProject.Scene.Get()))
     if (!Map->GetBitmap() && !Map->GetBitmapPath().empty())
-      fmt::print(stderr,
-                 "wayfence: {}: {}\n",
-                 TFaults::PlaceOf(*Map),
-                 FaultOfPicture(*AProject.Bundle, Map->GetBitmapPath()));
+      Say(fmt::format("{}: {}",
+                      TFaults::PlaceOf(*Map),
+                      FaultOfPicture(*AProject.Bundle, Map->GetBitmapPath())));
 }
 
 }  // namespace
@@ -56,16 +56,15 @@ void WarnOfProject(const TMapSession& ASession) {
 void WarnOfNoEstimate(const TMapSession& ASession) {
   const TScanStatistics Counts = ASession.Component.GetScanStatistics();
   if (Counts.Advertisements == 0)
-    fmt::print(stderr, "wayfence: nothing was heard: the source held no advertisement\n");
+    Say("nothing was heard: the source held no advertisement");
   else if (Counts.Sightings == 0)
-    fmt::print(stderr,
-               "wayfence: none of the {} advertisements came from a beacon of the project; compare "
-               "its beacons ('wayfence inspect') with those that are heard ('wayfence scan')\n",
-               Counts.Advertisements);
+    Say(
+        fmt::format("none of the {} advertisements came from a beacon of the project; compare "
+                    "its beacons ('wayfence inspect') with those that are heard ('wayfence scan')",
+                    Counts.Advertisements));
   else
-    fmt::print(stderr,
-               "wayfence: no estimate: never were enough beacons of the project heard at once; see "
-               "BeaconsToUse of the ParticleFilterOptions\n");
+    Say("no estimate: never were enough beacons of the project heard at once; see "
+        "BeaconsToUse of the ParticleFilterOptions");
 }
 
 }  // namespace Wayfence

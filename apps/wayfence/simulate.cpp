@@ -7,6 +7,7 @@
 #include <string>
 
 #include "apps/wayfence/commands.h"
+#include "apps/wayfence/messages.h"
 #include "apps/wayfence/output_files.h"
 #include "apps/wayfence/progress.h"
 #include "apps/wayfence/recording_file.h"
@@ -72,8 +73,8 @@ int RunSimulate(const TSimulateArguments& AArguments) {
   const std::uint64_t Count = WriteRecording(
       *Walk.Reader, *CreateRecording(AArguments.File, AArguments.Format, TCaptureClock::Recording));
   fmt::print(stderr,
-             "wrote {} advertisements of {:.1f} s to {} and the true positions to {}\n",
-             Count,
+             "wrote {} of {:.1f} s to {} and the true positions to {}\n",
+             Counted(Count, "advertisement"),
              static_cast<double>(Walk.Path.GetEnd()) / TicksPerSecond,
              AArguments.File,
              TruthFile);

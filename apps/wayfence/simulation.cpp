@@ -11,7 +11,6 @@
 #include "map/System.Beacon.Fencing.Scene.Beacons.h"
 #include "platform/beacons/simulated/beacon_payload.h"
 #include "platform/errors.h"
-#include "runtimepaint/project_extraction.h"
 
 namespace Wayfence {
 
@@ -129,7 +128,7 @@ TSimulatedWalk OpenSimulatedWalk(const std::string& AProjectFile,
                                  const std::string& AWalkFile,
                                  std::uint64_t ASeed) {
   const TProjectFile File = OpenProject(AProjectFile);
-  const TFencingProject Project = ExtractProject(*File.Scene);
+  const TFencingProject Project = ExtractFrom(File);
   TWalk Walk = ReadWalk(AWalkFile);
   TWalkFloors Floors(Project);
   TReceiverPath Path = MakeWalkPath(Walk, Project, Floors, ASeed);

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/wayfence/messages.h"
 #include "apps/wayfence/simulation.h"
 #include "platform/beacons/bluez_source.h"
 #include "platform/beacons/captures/captures.h"
@@ -56,9 +57,8 @@ class TPeekingReader final : public TInterfacedObject, public virtual IAdvertise
 };
 
 TRef<IAdvertisementSource> OpenRadio(std::string_view AAdapter) {
-  return NewBluezSource(std::string(AAdapter), {.OnDiagnostic = [](const std::string& AText) {
-                          std::fprintf(stderr, "wayfence: %s\n", AText.c_str());
-                        }});
+  return NewBluezSource(std::string(AAdapter),
+                        {.OnDiagnostic = [](const std::string& AText) { Say(AText); }});
 }
 
 /// What follows "NAME:" in a source, or nothing.
@@ -112,17 +112,11 @@ void TWatchedSource::RaiseError() const {
 
 void TWatchedSource::ReportProblems() const {
   if (!FReader) return;
-  if (const std::string Silences = FReader->DescribeSilences(); !Silences.empty())
-    std::fprintf(stderr, "wayfence: %s\n", Silences.c_str());
+  if (const std::string Silences = FReader->DescribeSilences(); !Silences.empty()) Say(Silences);
   if (FReader->GetProblems().Count == 0) return;
   const TReadProblems& Problems = FReader->GetProblems();
-  std::fprintf(stderr,
-               "wayfence: %s could not be read:\n",
-               Problems.Count == 1
-                   ? "1 place of the recording"
-                   : fmt::format("{} places of the recording", Problems.Count).c_str());
-  for (const std::string& Problem : Problems.First)
-    std::fprintf(stderr, "wayfence:   %s\n", Problem.c_str());
+  Say(fmt::format("{} of the recording could not be read:", Counted(Problems.Count, "place")));
+  for (const std::string& Problem : Problems.First) Say("  " + Problem);
 }
 
 // ---------------------------------------------------------------- opening

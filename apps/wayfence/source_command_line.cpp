@@ -5,16 +5,21 @@
 namespace Wayfence {
 namespace {
 
-constexpr const char* SourceHelp =
-    "Where advertisements come from: btsnoop:FILE, pcap:FILE, log:FILE, just FILE (told by its "
-    "first bytes), bluez or bluez:hci1 (a live radio), simulate:WALK.json (a walk through the "
-    "project that the command is given)";
+std::string HelpOf(const TSourceKinds& AKinds) {
+  std::string Result =
+      "Where advertisements come from: btsnoop:FILE, pcap:FILE, log:FILE, just FILE (told by its "
+      "first bytes)";
+  if (AKinds.Radio) Result += ", bluez or bluez:hci1 (a live radio)";
+  if (AKinds.Walks) Result += ", simulate:WALK.json (a walk through the project)";
+  return Result;
+}
 
 }  // namespace
 
-void AddSource(CLI::App& ACommand, TSourceArguments& AFrom, bool AHasSpeed) {
-  ACommand.add_option("-s,--source", AFrom.Source, SourceHelp)->capture_default_str();
-  if (AHasSpeed)
+void AddSource(CLI::App& ACommand, TSourceArguments& AFrom, const TSourceKinds& AKinds) {
+  CLI::Option* const Source = ACommand.add_option("-s,--source", AFrom.Source, HelpOf(AKinds));
+  AKinds.Radio ? Source->capture_default_str() : Source->required();
+  if (AKinds.Speed)
     ACommand
         .add_option("--speed",
                     AFrom.Speed,

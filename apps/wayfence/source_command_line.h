@@ -9,7 +9,14 @@ class App;
 
 namespace Wayfence {
 
-/// Adds `--source` and, for commands that run a recording, `--speed`.
-void AddSource(CLI::App& ACommand, TSourceArguments& AFrom, bool AHasSpeed = true);
+/// What a command takes beside recordings.
+struct TSourceKinds {
+  bool Radio = true;  ///< which it then listens to by default
+  bool Walks = false;
+  bool Speed = true;  ///< recordings run at
+};
+
+/// Adds `--source` and, where it may be chosen, `--speed`.
+void AddSource(CLI::App& ACommand, TSourceArguments& AFrom, const TSourceKinds& AKinds = {});
 
 }  // namespace Wayfence

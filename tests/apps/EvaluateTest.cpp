@@ -174,6 +174,8 @@ TEST_F(Evaluate, OtherRefusalsNameWhatIsWrong) {
   ReplaceFile(Path("plain.csv"),
               "x,y,uuid,major,minor\n1,2,2F234454-CF6D-4A0F-ADF2-F4911BA9FFA6,1,1\n");
   ReplaceFile(Path("notime.csv"), "x,y\n1,2\n");
+  ReplaceFile(Path("bare.csv"), "0,1,1,0\n1,1,2,0\n");
+  ReplaceFile(Path("other.csv"), "t;x;y\n0;1;1\n");
   ReplaceFile(Path("back.csv"), "t,x,y\n1,2,3\n0.9,2,3\n");
   ReplaceFile(Path("bad.json"), "{\n\"Beacons\": 3\n}");
   ReplaceFile(Path("text.json"), "3");
@@ -192,6 +194,12 @@ TEST_F(Evaluate, OtherRefusalsNameWhatIsWrong) {
        {TCase{
             1, "--truth missing.csv", "wayfence: missing.csv: the file cannot be opened: No such"},
         TCase{1, "--truth notime.csv", "wayfence: notime.csv:1: there is no column t; there are x"},
+        TCase{1,
+              "--truth bare.csv",
+              "wayfence: bare.csv:1: column 1 is there twice; the first line has to name"},
+        TCase{1,
+              "--truth other.csv",
+              "wayfence: other.csv:1: there is no column t; there are t;x;y; commas separate"},
         TCase{1, "--truth back.csv", "wayfence: back.csv:3: t: '0.9' is earlier than the row"},
         TCase{
             1, "--options bad.json", "wayfence: bad.json:2: ParticleFilterOptions.Beacons: there"},

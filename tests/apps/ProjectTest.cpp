@@ -190,7 +190,10 @@ TEST_F(ProjectTest, CheckFindsEveryFault) {
         "error: Connections: the link 'A' to 'Nowhere' names 'Nowhere', which no node has",
         "warning: C: no route leads from 'A' to it"})
     EXPECT_NE(Outcome.Output.find(Line), std::string::npos) << Line << "\n" << Outcome.Output;
-  for (const char* Command : {"inspect faults.xml", "route faults.xml --from 1,1,0 --to B"})
+  ReplaceFile(Path("walk.log"), LogLine(0.0, 1, -60, {}));
+  for (const char* Command : {"inspect faults.xml",
+                              "route faults.xml --from 1,1,0 --to B",
+                              "map faults.xml --source walk.log"})
     ExpectRefusal(
         1,
         Command,
