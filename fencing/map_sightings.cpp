@@ -175,6 +175,7 @@ void TCustomBeaconMapFencing::CheckMapChange() {
 
 void TCustomBeaconMapFencing::ChangeMap(const TLoadedRef& ALoaded, std::int32_t AMapIndex) {
   OnMainThread(ALoaded, [&] {
+    if (ALoaded->Project.CurrentMapIndex == AMapIndex) return;  // the application was faster
     bool Allow = true;
     const TFencingMapChangeEvent Handler = FOnBeforeMapChange.Get();
     Handler(this, ALoaded->Project.CurrentMapIndex, AMapIndex, Allow);
