@@ -159,9 +159,8 @@ std::string FaultOfCommand(const CLI::App& AProgram) {
 }  // namespace
 
 int main(int ACount, char** AValues) {
-  System::SetApplicationExceptionHandler([](System::TObject*, const std::exception& AError) {
-    std::fprintf(stderr, "wayfence: %s\n", AError.what());
-  });
+  System::SetApplicationExceptionHandler(
+      [](System::TObject*, const std::exception& AError) { Say(AError.what()); });
   CLI::App Program("Indoor positioning and geofencing with Bluetooth LE beacons.", "wayfence");
   Program.set_version_flag("--version", WAYFENCE_VERSION);
   Program.require_subcommand(1);
