@@ -1,6 +1,6 @@
 #include "apps/wayfence/map_route.h"
 
-#include <cstdio>
+#include <fmt/format.h>
 
 #include "apps/wayfence/map_session.h"
 #include "apps/wayfence/messages.h"

@@ -1,6 +1,7 @@
 // Bundles in memory, in directories and in archives.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -20,7 +21,8 @@ namespace fs = std::filesystem;
 
 class Bundle : public testing::Test {
  protected:
-  const std::string FFolder = testing::TempDir() + "BundleTest/";
+  const std::string FFolder =
+      testing::TempDir() + "wayfence-bundle-" + std::to_string(getpid()) + "/";
   const std::string FPicture = ReadWholeFile(SourceFile("fuzz/corpus/picture/rgb.png"), 1 << 20);
 
   void SetUp() override {

@@ -130,3 +130,4 @@ byId('run').append(...data.runs.map((run, i) => Object.assign(makeElement('optio
 byId('run-choice').hidden = data.runs.length < 2;
 showPlayButton();
 goToAddress();
+draw(performance.now()); // the texts stand before the first frame
