@@ -192,7 +192,8 @@ TEST_F(Manager, SourcesAreClosedWhateverTheyEndWith) {
   EXPECT_EQ(Take(), "0 enter 1 of 1; 1000 enter 2 of 1; 1000 error the radio is gone; ");
   EXPECT_FALSE(FManager.IsScanning());
   Sleep(30'000);
-  EXPECT_EQ(Take(), "6000 proximity 2 4; 21000 exit 2; ") << "what was present is not there for ever";
+  EXPECT_EQ(Take(), "6000 proximity 2 4; 21000 exit 2; ")
+      << "what was present is not there for ever";
 
   FManager.SetSource(Refusing);
   EXPECT_EQ(Failing->OpenCount, 0);
