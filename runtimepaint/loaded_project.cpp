@@ -35,7 +35,7 @@ TRef<TPositionMarker> MakeMarker(Scene::TScene& AScene) {
 
 TLoadedProject LoadProject(const std::string& AText, const TFencingOptions& AOptions) {
   TLoadedProject Result;
-  Result.Canvas = New<Canvas::TWyxCanvas>();
+  Result.Canvas = Canvas::CreateWyxCanvas();
   Result.Layer = New<Canvas::TWyxLayer>();
   Result.Bundle = CreateBundleForCanvas(Result.Canvas);
   Result.Bundle->UnserializeFromXML(AText);

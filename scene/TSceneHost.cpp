@@ -8,7 +8,7 @@ TSceneHost::TSceneHost(TControl& AControl, const TRef<IScene>& AScene)
       FControl(&AControl),
       FScene(AScene),
       FRegion(Canvas::TWyxInvlaidator::Create(&AControl)),
-      FCanvas(New<Canvas::TWyxCanvas>()) {
+      FCanvas(Canvas::CreateWyxCanvas()) {
   FControl->FreeNotification(this);
   Attach();
   Resized(FControl);

@@ -117,7 +117,7 @@ int RunBundleCreate(const TBundleArguments& AArguments) {
   Inputs.push_back(AArguments.SceneFile);
   CheckOutputs({AArguments.Bundle}, Inputs);
   if (!IsDirectory(AArguments.Bundle)) CheckOverwrite({AArguments.Bundle}, AArguments.Overwrite);
-  const TRef<TBundle> Bundle = New<TBundle>(New<Canvas::TWyxCanvas>());
+  const TRef<TBundle> Bundle = New<TBundle>(Canvas::CreateWyxCanvas());
   AddFiles(*Bundle, AArguments);
   RequireScene(Bundle, AArguments.SceneFile);
   Save(*Bundle, AArguments.Bundle);

@@ -122,7 +122,7 @@ TFloorPicture DrawFloor(TScene& AScene, int AMapIndex, int AWidth, const TFloorO
   const TRectF Seen = View.Look(Rect, ToRadians(AOptions.Rotation), Pixels);
   for (TMap* Other : NodesOf<TMap>(&AScene)) Show(*Other, Other == &Map);
   ApplyMapLook(Map, AOptions.Shown);
-  AScene.PaintScene(New<Canvas::TWyxLayer>(&Drawing), New<Canvas::TWyxCanvas>());
+  AScene.PaintScene(New<Canvas::TWyxLayer>(&Drawing), Canvas::CreateWyxCanvas());
   return {Drawing.GetPicture(), Seen};
 }
 

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <tuple>
 #include <unordered_map>
@@ -22,8 +23,13 @@ using TMapBeacon = Scene::Beacons::TBeacon;
 
 namespace {
 
-// Of floors without a picture, and of zones.
-constexpr TAlphaColor Paper{0xFFF8F8F3}, Blue{0xFF7DA7D9};
+constexpr TAlphaColor Paper{0xFFF8F8F3};  // of floors without a picture
+/// Of the zones of a floor, in turn.
+constexpr std::array ZoneColors{TAlphaColor{0xFF7DA7D9},
+                                TAlphaColor{0xFF7CC4B0},
+                                TAlphaColor{0xFFE8B84B},
+                                TAlphaColor{0xFFD99AB5},
+                                TAlphaColor{0xFFD8CDB0}};
 
 TPointF PointOf(TPlace APlace) {
   return {static_cast<float>(APlace.X), static_cast<float>(APlace.Y)};
@@ -113,15 +119,17 @@ class TImporter {
   }
 
   void AddZone(TMapBuilder& AMap, const TImportedZone& AZone) {
+    const TAlphaColor Color =
+        ZoneColors[static_cast<std::size_t>(FNumbers.Zones) % ZoneColors.size()];
     const std::string Name = NameOf(AZone.Thing.Name, "zone", FNumbers.Zones);
     if (TRectF Rect; IsRectangle(AZone.Corners, Rect)) {
       const auto Zone = AMap.AddZone(Name, Rect);
-      Zone->SetFillColor(Blue);
+      Zone->SetFillColor(Color);
       DescribeAll(*Zone, AZone.Thing.Description);
       return;
     }
     const auto Zone = AMap.AddPathZone(Name, {});
-    Zone->SetFillColor(Blue);
+    Zone->SetFillColor(Color);
     Zone->SetControlPoints(PointsOf(AZone.Corners));
     DescribeAll(*Zone, AZone.Thing.Description);
   }

@@ -88,7 +88,10 @@ int RunMap(const TMapArguments& AArguments) {
   TBeaconMapFencing& Component = Session.Component;
   TWatchedSource& Source = *Session.Run.Source;
   TMapRoute Route(Component, AArguments.Route);
-  if (Source.IsLive()) Source.OpenAhead();  // a run that cannot begin writes nothing
+  // A run that cannot begin writes nothing.
+  if (Source.IsLive()) Source.OpenAhead();
+  std::optional<TMapWindow> Window;
+  if (AArguments.Window) Window.emplace(Component.GetProjectInformation().ProjectName, Component);
   std::optional<TFrames> Frames;
   if (!AArguments.FrameDirectory.empty()) Frames.emplace(Component, AArguments);
   std::optional<TRunRecording> Recording;
@@ -112,13 +115,10 @@ int RunMap(const TMapArguments& AArguments) {
   if (Source.IsLive()) std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   Print(StartedLine(AArguments, Component.GetProjectInformation()));
   Component.SetEnabled(true);
-  std::optional<TMapWindow> Window;
-  if (AArguments.Window) {
-    Window.emplace(Component.GetProjectInformation().ProjectName, Component);
+  if (Window)
     ShowUntilEnd(*Window, Source);
-  } else {
+  else
     WaitForEnd(Session.Run);
-  }
   const double Seconds = Source.GetSeconds();
   Component.SetEnabled(false);
   Events.TellMapChange();

@@ -98,6 +98,11 @@ class TWyxCanvas final : public TPathCanvas {
   TPen FPen;  // its width not yet scaled to the drawing's pixels
 };
 
+/// A canvas for the drawings of the platform.
+inline TRef<ICanvas> CreateWyxCanvas() {
+  return New<TWyxCanvas>();
+}
+
 /// Asks a control to repaint what becomes invalid; does nothing once the control is gone.
 class TInvalidateRegionWyx final : public TInterfacedObject, public virtual IInvalidateRegion {
  public:
