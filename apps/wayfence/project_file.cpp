@@ -55,7 +55,7 @@ bool IsArchive(const std::string& APath) {
 }  // namespace
 
 TRef<TBundle> OpenBundle(const std::string& APath) {
-  const TRef<TBundle> Result = New<TBundle>(Canvas::CreateWyxCanvas());
+  TRef<TBundle> Result = New<TBundle>(Canvas::CreateWyxCanvas());
   if (std::filesystem::is_directory(APath))
     OpenDirectory(*Result, APath);
   else if (IsArchive(APath))

@@ -247,9 +247,9 @@ TEST_F(Bundle, NothingLeadsOutOfTheDirectory) {
 TEST_F(Bundle, APictureOfTooManyPixelsIsNone) {
   const TRef<TBundle> Target = NewBundle();
   Add(*Target, "f", FPicture);
-  Target->SetMaxPicturePixels(24 * 16 - 1);
+  Target->SetMaxPicturePixels(std::size_t{24} * 16 - 1);
   EXPECT_EQ(Target->GetImageForPath(FFolder + "f"), nullptr);
-  Target->SetMaxPicturePixels(24 * 16);
+  Target->SetMaxPicturePixels(std::size_t{24} * 16);
   EXPECT_TRUE(Target->GetImageForPath(FFolder + "f"));
 }
 
